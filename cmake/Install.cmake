@@ -1,0 +1,29 @@
+include(CMakePackageConfigHelpers)
+
+install(TARGETS tavplatform tavobjectmodel EXPORT TavObjectModelTargets
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
+  RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+  INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/platform ${PROJECT_SOURCE_DIR}/src/TavObjectModel
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/src/Include/Tav
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+
+install(EXPORT TavObjectModelTargets NAMESPACE TavObjectModel::
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/TavObjectModel)
+
+configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/TavObjectModelConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/TavObjectModelConfig.cmake
+  INSTALL_DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/TavObjectModel)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/TavObjectModelConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/TavObjectModelConfig.cmake
+  ${PROJECT_BINARY_DIR}/TavObjectModelConfigVersion.cmake
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/TavObjectModel)
+
+configure_file(${PROJECT_SOURCE_DIR}/cmake/tavobjectmodel.pc.in
+  ${PROJECT_BINARY_DIR}/tavobjectmodel.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/tavobjectmodel.pc
+  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

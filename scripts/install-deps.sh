@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs the Debian packages the build and the tests need, only those that are missing,
+# so that a warm machine starts at once.
+set -euo pipefail
+
+packages=(
+  libboost-thread-dev libboost-date-time-dev libboost-timer-dev libboost-filesystem-dev
+  libboost-system-dev libboost-program-options-dev liblog4cplus-dev librapidxml-dev
+  libutfcpp-dev libgtest-dev libgmock-dev libbenchmark-dev cmake g++ make pkg-config
+)
+packages+=("$@")
+
+missing=()
+for p in "${packages[@]}"; do
+  if ! dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed"; then
+    missing+=("$p")
+  fi
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+  exit 0
+fi
+
+echo "Installing missing packages: ${missing[*]}"
+sudo=""
+if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
+export DEBIAN_FRONTEND=noninteractive
+$sudo apt-get update -qq
+$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"

@@ -1,0 +1,6 @@
+#pragma once
+
+namespace Okaro
+{
+const char* GetLibraryVersion();
+} // namespace Okaro

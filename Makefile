@@ -4,7 +4,7 @@ PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
 CMAKE_ARGS ?=
 
-.PHONY: deps configure build run test install sanitize clean
+.PHONY: deps configure build run test install sanitize sanitize-address sanitize-thread clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -23,6 +23,20 @@ test: build
 
 install: build
 	@cmake --install $(BUILD_DIR) --prefix $(PREFIX)
+
+# The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, then under ThreadSanitizer.
+sanitize: sanitize-address sanitize-thread
+
+sanitize-address: deps
+	@cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=Debug -DTAV_SANITIZE=address,undefined -DTAV_BUILD_TOOLS=ON >/dev/null
+	@cmake --build build-asan -j $(JOBS)
+	@cd build-asan && ASAN_OPTIONS=detect_leaks=1:abort_on_error=1 UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
+		ctest --output-on-failure -j $(JOBS)
+
+sanitize-thread: deps
+	@cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DTAV_SANITIZE=thread >/dev/null
+	@cmake --build build-tsan -j $(JOBS)
+	@cd build-tsan && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 ctest --output-on-failure -j $(JOBS)
 
 clean:
 	@rm -rf $(BUILD_DIR) build-*

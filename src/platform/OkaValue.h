@@ -37,7 +37,7 @@ public:
     // Printable text for log messages, for example "Float 21.5" or "String \"abc\"".
     std::string ToString() const;
 
-    // Writes the value in the value model's text form (see README, "Value text form");
+    // Writes the value in the value model's text form (docs/ValueTextForm.md);
     // internal selects the internal form.
     void Serialize(oka_string& out, bool internal) const;
     // Reads either text form. On text it cannot read it returns false and leaves the value
@@ -64,7 +64,7 @@ public:
 bool operator==(const OKAVALUE& a, const OKAVALUE& b);  // type, sub-type, payload and text
 inline bool operator!=(const OKAVALUE& a, const OKAVALUE& b) { return !(a == b); }
 
-// The value model's generic byte codec (see README, "Generic byte codec").
+// The value model's generic byte codec (docs/ValueTextForm.md, "Generic byte codec").
 // length: room in bytes on entry, bytes written on return.
 bool OkaValueToByteArray(const OKAVALUE& value, unsigned char* bytes, unsigned int& length);
 // asText: read the bytes as a string value instead of as a number.

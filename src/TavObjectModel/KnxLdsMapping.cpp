@@ -1,5 +1,9 @@
 #include <TavObjectModel/KnxLdsMapping.h>
 
+#include <TavObjectModel/MainTypeInfoTable.h>
+#include <platform/OkaString.h>
+#include <platform/OkaValue.h>
+
 namespace Okaro
 {
 namespace
@@ -240,5 +244,35 @@ boost::optional<LogicalDeviceId> KnxLdsMapping::GetLogicalDeviceIdFromObject(uns
         return boost::none;
     }
     return LogicalDeviceId(static_cast<int>(device));
+}
+
+std::string KnxLdsMapping::GetIvtFromMainType(unsigned long mainType)
+{
+    const MainTypeInfo* info = MainTypeInfoTable::Instance().Find(ToId(mainType));
+    return info == nullptr ? "Empty" : OKAVALUE::GetNameFromValueType(info->ivt);
+}
+
+std::string KnxLdsMapping::GetIstFromMainType(unsigned long mainType)
+{
+    const MainTypeInfo* info = MainTypeInfoTable::Instance().Find(ToId(mainType));
+    return info == nullptr ? "Generic" : OkaDP::GetNameFromValueSubType(info->ist);
+}
+
+OkaValueType KnxLdsMapping::GetIvtFromDpt(unsigned int dpt)
+{
+    const MainTypeInfo* info = MainTypeInfoTable::Instance().Find(static_cast<std::uint32_t>(dpt) >> 16);
+    return info == nullptr ? ivtEmpty : info->ivt;
+}
+
+boost::optional<std::string> KnxLdsMapping::GetDefaultValueFromDpt(unsigned long dpt, bool internalFormat)
+{
+    const boost::optional<OKAVALUE> value = MainTypeInfoTable::Instance().DefaultValueForDpt(ToId(dpt));
+    if (!value)
+    {
+        return boost::none;
+    }
+    oka_string text;
+    value->Serialize(text, internalFormat);
+    return std::string(text.c_str(), text.length());
 }
 } // namespace Okaro

@@ -4,17 +4,29 @@
 #include <platform/GroupValue.h>
 #include <platform/OkaValue.h>
 
+#include <boost/optional.hpp>
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <ctime>
 #include <initializer_list>
+#include <ostream>
 #include <string>
 #include <vector>
 
+// Readable failure messages for values.
+inline void PrintTo(const OKAVALUE& value, std::ostream* out) { *out << value.ToString(); }
+
 namespace TavTest
 {
+// The decoded value, or a value of type 0 (which no decoder yields) when there is none.
+inline OKAVALUE ValueOrInvalid(const boost::optional<OKAVALUE>& decoded)
+{
+    return decoded ? *decoded : OKAVALUE(static_cast<OkaValueType>(0));
+}
+
 inline unsigned long Packed(std::uint16_t main, std::uint16_t sub)
 {
     return (static_cast<unsigned long>(main) << 16) | sub;
@@ -119,6 +131,13 @@ inline OKAVALUE DateTimeValue(std::uint16_t year, std::uint8_t month, std::uint8
 // Runs every test in a fixed local time zone, since dates are read back through mktime.
 class FixedTimeZoneTest : public ::testing::Test
 {
+public:
+    static void UseZone(const char* zone)
+    {
+        setenv("TZ", zone, 1);
+        tzset();
+    }
+
 protected:
     explicit FixedTimeZoneTest(const char* zone = "UTC0") : zone_(zone) {}
 
@@ -143,12 +162,6 @@ protected:
         {
             unsetenv("TZ");
         }
-        tzset();
-    }
-
-    static void UseZone(const char* zone)
-    {
-        setenv("TZ", zone, 1);
         tzset();
     }
 

@@ -313,6 +313,14 @@ TEST(OkaValueToGroupValueBranches, ThirtyTwoBitFloat)
     ExpectEncodes(TavTest::FloatValue(-2.0), Packed(14, 68), {0xC0, 0x00, 0x00, 0x00}, 32);
 }
 
+TEST(OkaValueToGroupValueBranches, ThirtyTwoBitFloatBeyondSinglePrecisionIsInfinity)
+{
+    ExpectEncodes(TavTest::FloatValue(1e300), Packed(14, 0), {0x7F, 0x80, 0x00, 0x00}, 32);
+    ExpectEncodes(TavTest::FloatValue(-1e300), Packed(14, 0), {0xFF, 0x80, 0x00, 0x00}, 32);
+    ExpectEncodes(TavTest::FloatValue(std::numeric_limits<double>::infinity()), Packed(14, 0),
+                  {0x7F, 0x80, 0x00, 0x00}, 32);
+}
+
 // ---- 32-bit and 24-bit -----------------------------------------------------------------
 
 TEST(OkaValueToGroupValueBranches, UnsignedThirtyTwoBitMains)

@@ -401,10 +401,22 @@ boost::optional<GroupValue> EncodeSigned32(const OKAVALUE& value, const PackedDp
     return result;
 }
 
+// A finite double beyond the float range becomes the infinity of its sign, as IEEE
+// rounding gives, without the undefined conversion.
+float NarrowToFloat(double number)
+{
+    if (std::isfinite(number) && std::fabs(number) > static_cast<double>(std::numeric_limits<float>::max()))
+    {
+        const float infinity = std::numeric_limits<float>::infinity();
+        return number < 0 ? -infinity : infinity;
+    }
+    return static_cast<float>(number);
+}
+
 boost::optional<GroupValue> EncodeFloat32(const OKAVALUE& value, const PackedDpt&)
 {
     GroupValue result;
-    result.SetAsFloat32(static_cast<float>(value.numeric.real));
+    result.SetAsFloat32(NarrowToFloat(value.numeric.real));
     return result;
 }
 

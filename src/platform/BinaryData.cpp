@@ -2,7 +2,9 @@
 
 #include <platform/GroupValue.h>
 
+#include <limits>
 #include <sstream>
+#include <stdexcept>
 
 namespace KnxStack
 {
@@ -35,6 +37,11 @@ void BinaryData::SetUInt8Value(unsigned int index, std::uint8_t value)
 {
     if (index >= bytes_.size())
     {
+        // index + 1 would wrap to 0 where size_t is 32 bits.
+        if (index == std::numeric_limits<unsigned int>::max())
+        {
+            throw std::length_error("SetUInt8Value: index too large");
+        }
         bytes_.resize(std::size_t{index} + 1, 0);
     }
     bytes_[index] = value;

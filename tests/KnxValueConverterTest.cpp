@@ -464,7 +464,7 @@ TEST(KnxValueConverterTable, AddedEntryOwnsACloneAndTheFirstRegistrationWins)
 
 // ====================================================================== lookups through the front
 
-TEST(KnxValueConverterLookup, SpecificWildcardAndMissingSubNumbers)
+TEST(KnxValueConverterLookup, ExactWildcardAndMissingSubNumbers)
 {
     const KnxValueConverter converter;
     LogCapture capture;

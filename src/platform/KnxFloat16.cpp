@@ -1,0 +1,59 @@
+#include <platform/KnxFloat16.h>
+
+#include <cmath>
+#include <limits>
+
+namespace KnxStack
+{
+namespace
+{
+constexpr int MantissaMin = -2048;
+constexpr int MantissaMax = 2047;
+constexpr int ExponentMax = 15;
+
+std::uint16_t Pack(int mantissa, int exponent)
+{
+    const auto bits = static_cast<std::uint16_t>(mantissa) & 0x0FFFu;  // 12-bit two's complement
+    const std::uint16_t sign = (bits & 0x0800u) != 0 ? 0x8000u : 0u;
+    return static_cast<std::uint16_t>(sign | (static_cast<unsigned>(exponent) << 11) | (bits & 0x07FFu));
+}
+} // namespace
+
+std::uint16_t EncodeKnxFloat16(double value)
+{
+    // 32767.0 is how the converters hand over an invalid value.
+    if (std::isnan(value) || value == 32767.0)
+    {
+        return KnxFloat16Invalid;
+    }
+    const double hundredths = value * 100.0;
+    for (int exponent = 0; exponent <= ExponentMax; ++exponent)
+    {
+        // Rounding may carry into a 12th bit (2047.5 -> 2048): then the next exponent takes it.
+        const double mantissa = std::round(std::ldexp(hundredths, -exponent));
+        if (mantissa >= MantissaMin && mantissa <= MantissaMax)
+        {
+            const std::uint16_t code = Pack(static_cast<int>(mantissa), exponent);
+            // 2047 * 2^15 is the invalid code, not a value.
+            return code == KnxFloat16Invalid ? KnxFloat16Max : code;
+        }
+    }
+    return value > 0 ? KnxFloat16Max : KnxFloat16Min;
+}
+
+double DecodeKnxFloat16(std::uint16_t code)
+{
+    if (code == KnxFloat16Invalid)
+    {
+        return std::numeric_limits<double>::quiet_NaN();
+    }
+    const int exponent = (code >> 11) & 0x0F;
+    int mantissa = code & 0x07FF;
+    if ((code & 0x8000u) != 0)
+    {
+        mantissa -= 2048;
+    }
+    // M * 2^E is an exact integer, so one division gives the double nearest to the value.
+    return static_cast<double>(mantissa * (1 << exponent)) / 100.0;
+}
+} // namespace KnxStack

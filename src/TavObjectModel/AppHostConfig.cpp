@@ -81,15 +81,7 @@ void AppHostConfiguration::LoadConfigurationFile(const log4cplus::Logger& logger
 void AppHostConfiguration::LoadConfigurationFile(const boost::filesystem::path& file, const log4cplus::Logger& logger,
                                                  const UTF8String& logPrefix)
 {
-    boost::optional<std::vector<char>> text;
-    try
-    {
-        text = LoadFile(file.string());
-    }
-    catch (const std::ios_base::failure&)
-    {
-        // A file that opens but cannot be read (a directory, an I/O error) is as good as missing.
-    }
+    boost::optional<std::vector<char>> text = LoadFile(file.string());
     if (!text)
     {
         // Boost.Filesystem quotes the path and escapes '"' and '&' with '&'.

@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Installs the build into a temporary prefix, then configures, builds and runs the consumer
+# example against it; also checks the installed libraries' SONAME and the pkg-config file.
+# Usage: consumer-test.sh BUILD-DIR CONSUMER-SOURCE-DIR
+set -euo pipefail
+build="$1"
+consumer="$2"
+tmp="$(mktemp -d)"
+trap 'rm -rf "$tmp"' EXIT
+prefix="$tmp/prefix"
+
+cmake --install "$build" --prefix "$prefix" >/dev/null
+libdir="$(dirname "$(find "$prefix" -name 'libtavobjectmodel.so' | head -1)")"
+for lib in tavobjectmodel tavplatform; do
+  soname="$(objdump -p "$libdir/lib$lib.so" | awk '/SONAME/ {print $2}')"
+  if [ "$soname" != "lib$lib.so.1" ]; then
+    echo "lib$lib.so has SONAME '$soname', expected lib$lib.so.1" >&2
+    exit 1
+  fi
+done
+test -f "$prefix/include/TavObjectModel/GroupValueOkaValue.h"
+test -f "$prefix/include/platform/GroupValue.h"
+test -f "$prefix/include/Tav/MeasureDuration.h"
+test -f "$prefix/share/tavobjectmodel/telegrams.txt"
+test "$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --modversion tavobjectmodel)" = "1.0.0"
+
+cmake -S "$consumer" -B "$tmp/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake --build "$tmp/consumer" >/dev/null
+LD_LIBRARY_PATH="$libdir" "$tmp/consumer/tavconsumer"
+
+# The installed tool runs from its prefix and finds its installed sample telegrams.
+test "$("$prefix/bin/tavknx" decode 9.001 0c1a)" = "9.1: Float 21 [ivt 3, sub-type 0]"
+"$prefix/bin/tavknx" demo >"$tmp/demo.txt" 2>/dev/null
+grep -qF "from $prefix/share/tavobjectmodel/telegrams.txt" "$tmp/demo.txt"

@@ -1,0 +1,286 @@
+#include "Output.h"
+
+#include "CommandLine.h"
+
+#include <platform/OkaValueFamily.h>
+
+#include <utf8.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <iomanip>
+#include <ostream>
+#include <sstream>
+
+namespace TavKnx
+{
+namespace
+{
+std::string TwoDigits(unsigned number)
+{
+    std::ostringstream text;
+    text << std::setw(2) << std::setfill('0') << number;
+    return text.str();
+}
+
+std::string DateText(const OKATIME& time)
+{
+    std::ostringstream text;
+    text << std::setw(4) << std::setfill('0') << time.year << "-" << TwoDigits(time.month) << "-"
+         << TwoDigits(time.day);
+    return text.str();
+}
+
+std::string ClockText(const OKATIME& time)
+{
+    return TwoDigits(time.hour) + ":" + TwoDigits(time.minute) + ":" + TwoDigits(time.second);
+}
+
+bool IsTimeOfDay(OkaValueType type)
+{
+    return type == ivtTime || type == ivtDayTime;
+}
+
+// JSON has no NaN or infinity: those become strings.
+std::string JsonDouble(double value, bool floatType)
+{
+    const std::string text = FormatDouble(value);
+    if (!std::isfinite(value))
+    {
+        return "\"" + text + "\"";
+    }
+    if (floatType && text.find_first_of(".e") == std::string::npos)
+    {
+        return text + ".0";
+    }
+    return text;
+}
+} // namespace
+
+JsonObject& JsonObject::AddRaw(const std::string& key, const std::string& json)
+{
+    if (!body_.empty())
+    {
+        body_ += ",";
+    }
+    body_ += JsonString(key) + ":" + json;
+    return *this;
+}
+
+JsonObject& JsonObject::Add(const std::string& key, bool value)
+{
+    return AddRaw(key, value ? "true" : "false");
+}
+
+JsonObject& JsonObject::Add(const std::string& key, std::int64_t value)
+{
+    return AddRaw(key, std::to_string(value));
+}
+
+JsonObject& JsonObject::Add(const std::string& key, std::uint64_t value)
+{
+    return AddRaw(key, std::to_string(value));
+}
+
+JsonObject& JsonObject::Add(const std::string& key, const std::string& value)
+{
+    return AddRaw(key, JsonString(value));
+}
+
+JsonObject& JsonObject::AddNull(const std::string& key)
+{
+    return AddRaw(key, "null");
+}
+
+std::string JsonObject::Str() const
+{
+    return "{" + body_ + "}";
+}
+
+std::string JsonString(const std::string& bytes)
+{
+    std::string text;
+    utf8::replace_invalid(bytes.begin(), bytes.end(), std::back_inserter(text));
+    std::string quoted = "\"";
+    for (char c : text)
+    {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == '"' || c == '\\')
+        {
+            quoted += '\\';
+            quoted += c;
+        }
+        else if (byte < 0x20 || byte == 0x7F)
+        {
+            char escape[8];
+            std::snprintf(escape, sizeof escape, "\\u%04x", byte);
+            quoted += escape;
+        }
+        else
+        {
+            quoted += c;
+        }
+    }
+    return quoted + "\"";
+}
+
+std::string FormatDouble(double value)
+{
+    if (std::isnan(value))
+    {
+        return "nan";
+    }
+    if (std::isinf(value))
+    {
+        return value > 0 ? "inf" : "-inf";
+    }
+    char text[40];
+    for (int precision = 1; precision <= 17; ++precision)
+    {
+        std::snprintf(text, sizeof text, "%.*g", precision, value);
+        if (std::strtod(text, nullptr) == value)
+        {
+            break;
+        }
+    }
+    return text;
+}
+
+void AddValueFields(JsonObject& object, const OKAVALUE& value)
+{
+    object.Add("ivt", static_cast<std::int64_t>(value.type));
+    object.Add("type", OKAVALUE::GetNameFromValueType(value.type));
+    object.Add("subType", static_cast<std::int64_t>(value.subType));
+    const OKATIME& time = value.numeric.time;
+    switch (GetValueFamily(value.type))
+    {
+    case OkaValueFamily::Bool:
+        object.Add("value", value.numeric.boolean);
+        break;
+    case OkaValueFamily::Float:
+        object.AddRaw("value", JsonDouble(value.numeric.real, true));
+        break;
+    case OkaValueFamily::Integer:
+        object.Add("value", static_cast<std::int64_t>(value.numeric.integer));
+        break;
+    case OkaValueFamily::Byte:
+        object.Add("value", static_cast<std::uint64_t>(value.numeric.byte));
+        break;
+    case OkaValueFamily::Word:
+        object.Add("value", static_cast<std::uint64_t>(value.numeric.word));
+        break;
+    case OkaValueFamily::DWord:
+        object.Add("value", static_cast<std::uint64_t>(value.numeric.dword));
+        break;
+    case OkaValueFamily::String:
+        object.Add("value", std::string(value.text.c_str(), value.text.length()));
+        break;
+    case OkaValueFamily::Time:
+        if (value.type == ivtDate)
+        {
+            object.Add("value", DateText(time));
+        }
+        else if (IsTimeOfDay(value.type))
+        {
+            object.Add("value", ClockText(time));
+            object.Add("weekday", static_cast<std::uint64_t>(time.weekday));
+        }
+        else
+        {
+            object.Add("value", DateText(time) + "T" + ClockText(time));
+        }
+        break;
+    case OkaValueFamily::Empty:
+    case OkaValueFamily::Raw:
+        object.AddNull("value");
+        break;
+    }
+}
+
+std::string ValueText(const OKAVALUE& value)
+{
+    const OKATIME& time = value.numeric.time;
+    switch (GetValueFamily(value.type))
+    {
+    case OkaValueFamily::Bool:
+        return value.numeric.boolean ? "true" : "false";
+    case OkaValueFamily::Float:
+        return FormatDouble(value.numeric.real);
+    case OkaValueFamily::Integer:
+        return std::to_string(value.numeric.integer);
+    case OkaValueFamily::Byte:
+        return std::to_string(value.numeric.byte);
+    case OkaValueFamily::Word:
+        return std::to_string(value.numeric.word);
+    case OkaValueFamily::DWord:
+        return std::to_string(value.numeric.dword);
+    case OkaValueFamily::String:
+        return JsonString(std::string(value.text.c_str(), value.text.length()));
+    case OkaValueFamily::Time:
+        if (value.type == ivtDate)
+        {
+            return DateText(time);
+        }
+        if (IsTimeOfDay(value.type))
+        {
+            return ClockText(time) + (time.weekday < 7 ? " weekday " + std::to_string(time.weekday) : " no weekday");
+        }
+        return DateText(time) + "T" + ClockText(time);
+    case OkaValueFamily::Empty:
+    case OkaValueFamily::Raw:
+        break;
+    }
+    return "(no value)";
+}
+
+std::string DescribeValue(const OKAVALUE& value)
+{
+    std::ostringstream text;
+    text << OKAVALUE::GetNameFromValueType(value.type) << " " << ValueText(value) << " [ivt "
+         << static_cast<std::int64_t>(value.type) << ", sub-type " << static_cast<std::int64_t>(value.subType) << "]";
+    return text.str();
+}
+
+void PrintValueResult(const std::string& dpt, const OKAVALUE& value, bool json, std::ostream& out)
+{
+    if (json)
+    {
+        JsonObject object;
+        object.Add("ok", true).Add("dpt", dpt);
+        AddValueFields(object, value);
+        out << object.Str() << "\n";
+    }
+    else
+    {
+        out << dpt << ": " << DescribeValue(value) << "\n";
+    }
+}
+
+void PrintGroupValueResult(const std::string& dpt, const std::vector<std::uint8_t>& bytes, std::uint32_t bits,
+                           bool json, std::ostream& out)
+{
+    const std::string hex = FormatHex(bytes);
+    if (json)
+    {
+        out << JsonObject().Add("ok", true).Add("dpt", dpt).Add("hex", hex).Add("bits", static_cast<std::uint64_t>(bits)).Str()
+            << "\n";
+    }
+    else
+    {
+        out << dpt << ": " << (hex.empty() ? "(no bytes)" : hex) << " (" << bits << " bits)\n";
+    }
+}
+
+void PrintRefusal(const std::string& dpt, bool json, std::ostream& out)
+{
+    if (json)
+    {
+        out << JsonObject().Add("ok", false).Str() << "\n";
+    }
+    else
+    {
+        out << dpt << ": refused (the log lines on stderr say why)\n";
+    }
+}
+} // namespace TavKnx

@@ -1,0 +1,22 @@
+#pragma once
+// The demo's sample telegrams: one per line, "DPT HEX [BITS] [# comment]"; blank lines and
+// lines starting with '#' are skipped.
+#include <platform/KnxDpt.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace TavKnx
+{
+struct SampleTelegram
+{
+    KNXDPT dpt;  // size: the group value's size in bits (BITS, else the default rule)
+    std::vector<std::uint8_t> bytes;
+    std::uint32_t bits;
+    std::string comment;
+};
+
+// Throws UsageError naming the file and line of a malformed entry or an unreadable file.
+std::vector<SampleTelegram> ReadTelegramFile(const std::string& file);
+} // namespace TavKnx

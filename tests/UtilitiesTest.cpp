@@ -144,6 +144,13 @@ TEST(LoadFile, MissingFileIsEmpty)
     EXPECT_FALSE(LoadFile(dir.PathOf("missing.xml")));
 }
 
+TEST(LoadFile, PathThatOpensButCannotBeReadIsEmpty)
+{
+    const TempDir dir;
+    // A directory opens as a stream but every read fails.
+    EXPECT_FALSE(LoadFile(dir.PathOf("")));
+}
+
 TEST(LoadFile, EmptyFileIsAPresentEmptyVector)
 {
     const TempDir dir;

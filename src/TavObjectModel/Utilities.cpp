@@ -16,7 +16,16 @@ boost::optional<std::vector<char>> LoadFile(const std::string& path)
     {
         return boost::none;
     }
-    return std::vector<char>(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    // A path that opens but cannot be read (a directory) makes the stream buffer throw;
+    // for the caller that is a file that could not be read.
+    try
+    {
+        return std::vector<char>(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+    catch (const std::ios_base::failure&)
+    {
+        return boost::none;
+    }
 }
 
 std::string RepairUTF8(std::string text)

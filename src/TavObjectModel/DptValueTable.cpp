@@ -1,0 +1,276 @@
+// The data of the converter front: the standard DPT value map rows, the expected bit size per
+// main number, the default DPTs and the value type compatibility relation. Nothing here logs.
+#include <TavObjectModel/DptValueTable.h>
+#include <TavObjectModel/KnxValueConverter.h>
+
+#include <algorithm>
+#include <array>
+#include <initializer_list>
+#include <vector>
+
+namespace Okaro
+{
+namespace
+{
+template <typename Converter>
+std::unique_ptr<KnxConverter> Plain()
+{
+    return std::make_unique<Converter>();
+}
+
+// Both ranges given; the scale factor is computed from them right away.
+template <typename Converter, typename... Bounds>
+std::unique_ptr<KnxConverter> Ranged(Bounds... bounds)
+{
+    return std::make_unique<Converter>(Converter::Range::CreateScaled(bounds...));
+}
+
+// Internal and external range equal (scale 1.0).
+template <typename Converter, typename Bound>
+std::unique_ptr<KnxConverter> Same(Bound minimum, Bound maximum)
+{
+    return Ranged<Converter>(minimum, maximum, minimum, maximum);
+}
+
+using C = std::unique_ptr<KnxConverter>;
+constexpr auto kBool = ivtBool;
+constexpr auto kFloat = ivtFloat;
+constexpr auto kInteger = ivtInteger;
+constexpr auto kByte = ivtByte;
+constexpr auto kWord = ivtWord;
+constexpr auto kDWord = ivtDWord;
+constexpr auto kString = ivtString;
+constexpr auto kGeneric = OkaDP::istGeneric;
+constexpr auto kQuantity = OkaDP::istPhysicalQuantity;
+constexpr auto kAscii = OkaDP::istAsciiText;
+constexpr auto kLatin1 = OkaDP::istLatin1Text;
+constexpr auto kScene = OkaDP::istSceneNumber;
+constexpr double kFloat16Minimum = -671088.64;
+constexpr double kFloat16Maximum = 670760.96;
+constexpr double kFloat16Bound = 670760.0;
+constexpr double kFloat32Maximum = 3.40282346638528860e+38;  // largest finite single
+
+// Registration order matters only for the order of failure messages; 232.x follows 236.x.
+const DptValueRow kStandardRows[] = {
+    {1, 0, 1, kBool, kGeneric, "1.x", [] { return Plain<KnxConverter1Bit>(); }},
+    // The 2-bit converter wants a byte value, the front lets only bool values through: no
+    // 2.x value ever reaches the bus through the front. Kept as registered.
+    {2, 0, 2, kBool, kGeneric, "2.x", [] { return Plain<KnxConverter2Bit>(); }},
+    {3, 0, 4, kFloat, OkaDP::istStepControl, "3.x", [] { return Ranged<KnxConverter4Bit>(-100.0, 100.0, 0, 15); }},
+    {4, 0, 8, kString, kAscii, "4.x", [] { return Same<KnxConverter8BitString>(0, 127); }},
+    {4, 1, 8, kString, kAscii, "4.001", [] { return Same<KnxConverter8BitString>(0, 127); }},
+    {4, 2, 8, kString, kLatin1, "4.002", [] { return Same<KnxConverter8BitString>(0, 255); }},
+    // 5.1 (percent) and 5.3 (angle) take the unscaled wildcard on purpose.
+    {5, 0, 8, kByte, kGeneric, "5.x", [] { return Same<KnxConverterByte8BitUnsigned>(0, 255); }},
+    {5, 6, 8, kByte, kGeneric, "5.006", [] { return Same<KnxConverterByte8BitUnsigned>(0, 254); }},
+    {6, 0, 8, kInteger, kGeneric, "6.x", [] { return Same<KnxConverterInteger8BitSigned>(-128, 127); }},
+    {6, 20, 8, kByte, OkaDP::istStatusWithMode, "6.020", [] { return Same<KnxConverterStatus8Bit>(0, 255); }},
+    {7, 0, 16, kWord, kGeneric, "7.x", [] { return Same<KnxConverterInteger16BitUnsigned>(0, 65535); }},
+    {8, 0, 16, kInteger, kGeneric, "8.x", [] { return Same<KnxConverterInteger16BitSigned>(-32768, 32767); }},
+    {9, 0, 16, kFloat, kGeneric, "9.x", [] { return Same<KnxConverterFloat16BitFloat>(kFloat16Minimum, kFloat16Maximum); }},
+    {9, 1, 16, kFloat, kQuantity, "9.001", [] { return Same<KnxConverterFloat16BitFloat>(-273.0, kFloat16Bound); }},
+    {9, 2, 16, kFloat, kQuantity, "9.002", [] { return Same<KnxConverterFloat16BitFloat>(-kFloat16Bound, kFloat16Bound); }},
+    {9, 3, 16, kFloat, kQuantity, "9.003", [] { return Same<KnxConverterFloat16BitFloat>(-kFloat16Bound, kFloat16Bound); }},
+    {9, 4, 16, kFloat, kQuantity, "9.004", [] { return Same<KnxConverterFloat16BitFloat>(0.0, kFloat16Bound); }},
+    {9, 5, 16, kFloat, kQuantity, "9.005", [] { return Same<KnxConverterFloat16BitFloat>(0.0, kFloat16Bound); }},
+    {9, 6, 16, kFloat, kQuantity, "9.006", [] { return Same<KnxConverterFloat16BitFloat>(0.0, kFloat16Bound); }},
+    {9, 7, 16, kFloat, kQuantity, "9.007", [] { return Same<KnxConverterFloat16BitFloat>(0.0, kFloat16Bound); }},
+    {9, 8, 16, kFloat, kQuantity, "9.008", [] { return Same<KnxConverterFloat16BitFloat>(0.0, kFloat16Bound); }},
+    {9, 10, 16, kFloat, kQuantity, "9.010", [] { return Same<KnxConverterFloat16BitFloat>(-kFloat16Bound, kFloat16Bound); }},
+    {9, 11, 16, kFloat, kQuantity, "9.011", [] { return Same<KnxConverterFloat16BitFloat>(-kFloat16Bound, kFloat16Bound); }},
+    {9, 20, 16, kFloat, kQuantity, "9.020", [] { return Same<KnxConverterFloat16BitFloat>(-kFloat16Bound, kFloat16Bound); }},
+    {9, 21, 16, kFloat, kQuantity, "9.021", [] { return Same<KnxConverterFloat16BitFloat>(-kFloat16Bound, kFloat16Bound); }},
+    {9, 22, 16, kFloat, kQuantity, "9.022", [] { return Same<KnxConverterFloat16BitFloat>(-kFloat16Bound, kFloat16Bound); }},
+    {9, 23, 16, kFloat, kQuantity, "9.023", [] { return Same<KnxConverterFloat16BitFloat>(-kFloat16Bound, kFloat16Bound); }},
+    {9, 24, 16, kFloat, kQuantity, "9.024", [] { return Same<KnxConverterFloat16BitFloat>(-kFloat16Bound, kFloat16Bound); }},
+    {9, 25, 16, kFloat, kQuantity, "9.025", [] { return Same<KnxConverterFloat16BitFloat>(-kFloat16Bound, kFloat16Bound); }},
+    {9, 26, 16, kFloat, kQuantity, "9.026", [] { return Same<KnxConverterFloat16BitFloat>(kFloat16Minimum, kFloat16Maximum); }},
+    {9, 27, 16, kFloat, kQuantity, "9.027", [] { return Same<KnxConverterFloat16BitFloat>(-459.6, kFloat16Maximum); }},
+    {9, 28, 16, kFloat, kQuantity, "9.028", [] { return Same<KnxConverterFloat16BitFloat>(0.0, kFloat16Maximum); }},
+    {10, 0, 24, ivtTime, kGeneric, "10.x", [] { return Plain<KnxConverterTimeOfDay>(); }},
+    {11, 0, 24, ivtDate, kGeneric, "11.x", [] { return Plain<KnxConverterDate>(); }},
+    {12, 0, 32, kDWord, kGeneric, "12.x", [] { return Same<KnxConverterInteger32BitUnsigned>(std::int64_t{0}, std::int64_t{4294967295}); }},
+    {13, 0, 32, kInteger, kGeneric, "13.x", [] { return Same<KnxConverterInteger32BitSigned>(INT32_MIN, INT32_MAX); }},
+    {14, 0, 32, kFloat, kGeneric, "14.x", [] { return Same<KnxConverterFloat32BitFloat>(-kFloat32Maximum, kFloat32Maximum); }},
+    {15, 0, 32, kDWord, kGeneric, "15.x", [] { return Same<KnxConverterInteger32BitUnsigned>(std::int64_t{0}, std::int64_t{4294967295}); }},
+    {16, 0, 112, kString, kAscii, "16.x", [] { return Same<KnxConverter14ByteString>(0, 127); }},
+    {16, 1, 112, kString, kLatin1, "16.001", [] { return Same<KnxConverter14ByteString>(0, 255); }},
+    {17, 0, 8, kInteger, kScene, "17.x", [] { return Same<KnxConverterSceneNumber>(0, 63); }},
+    {18, 0, 8, kInteger, kScene, "18.x", [] { return Same<KnxConverterSceneControl>(0, 63); }},
+    {19, 0, 64, ivtDateTime, kGeneric, "19.x", [] { return Plain<KnxConverterDateTime>(); }},
+    {20, 0, 8, kByte, kGeneric, "20.x", [] { return Same<KnxConverterByte8BitUnsigned>(0, 255); }},
+    {20, 102, 8, kByte, kGeneric, "20.102", [] { return Same<KnxConverterByte8BitUnsigned>(0, 4); }},
+    {20, 103, 8, kByte, kGeneric, "20.103", [] { return Same<KnxConverterByte8BitUnsigned>(0, 4); }},
+    {21, 0, 8, kByte, kGeneric, "21.x", [] { return Same<KnxConverterByte8BitUnsigned>(0, 255); }},
+    {23, 0, 8, kByte, kGeneric, "23.x", [] { return Same<KnxConverterByte8BitUnsigned>(0, 255); }},
+    // Internal [-64, 64] against external [0, 255]: scale 255/128 on purpose.
+    {26, 0, 8, kByte, kGeneric, "26.x", [] { return Ranged<KnxConverterSceneInfo>(-64, 64, 0, 255); }},
+    {27, 0, 32, kDWord, kGeneric, "27.x", [] { return Same<KnxConverterInteger32BitUnsigned>(std::int64_t{0}, std::int64_t{4294967295}); }},
+    {236, 0, 8, kByte, kGeneric, "236.x", [] { return Same<KnxConverterByte8BitUnsigned>(0, 255); }},
+    {232, 0, 24, kDWord, kGeneric, "232.x", [] { return Same<KnxConverterInteger24BitUnsigned>(std::int64_t{0}, std::int64_t{16777215}); }},
+    {238, 0, 8, kByte, kGeneric, "238.x", [] { return Same<KnxConverterByte8BitUnsigned>(0, 255); }},
+};
+
+// Expected group value size in bits, indexed by main number - 1.
+constexpr std::size_t kMainNumberCount = 241;
+using ExpectedBitSizes = std::array<std::uint32_t, kMainNumberCount>;
+
+constexpr ExpectedBitSizes MakeExpectedBitSizes()
+{
+    ExpectedBitSizes sizes{};
+    auto set = [&sizes](std::uint32_t bits, std::initializer_list<std::uint16_t> mainNumbers) {
+        for (const std::uint16_t mainNumber : mainNumbers)
+        {
+            sizes[mainNumber - 1u] = bits;
+        }
+    };
+    set(1, {1});
+    set(2, {2});
+    set(4, {3});
+    set(3, {31});
+    set(8, {4, 5, 6, 17, 18, 20, 21, 23, 25, 26, 236, 238});
+    set(16, {7, 8, 9, 22, 201, 202, 204, 207, 211, 217, 234, 237, 239});
+    set(24, {10, 11, 30, 203, 205, 206, 209, 223, 225, 232, 240});
+    set(32, {12, 13, 14, 15, 27, 210, 214, 220, 231, 241});
+    set(40, {215, 216, 218});
+    set(48, {212, 219, 221, 222, 224, 229, 235});
+    set(64, {19, 29, 213, 230});
+    set(112, {16});
+    set(9, {200});
+    set(KnxValueConverter::kAnyBitSize, {24, 28});
+    return sizes;
+}
+
+constexpr ExpectedBitSizes kExpectedBitSizes = MakeExpectedBitSizes();
+
+struct SizeDefault
+{
+    std::uint8_t bitSize;
+    std::uint16_t mainNumber;
+    std::uint16_t subNumber;
+};
+
+constexpr SizeDefault kSizeDefaults[] = {
+    {1, 1, 1},   {2, 2, 1},   {4, 3, 7},     {8, 5, 0},     {16, 9, 0},   {24, 10, 1},
+    {32, 14, 0}, {40, 218, 0}, {48, 219, 1}, {64, 19, 1},  {112, 16, 1},
+};
+
+constexpr int kAnySize = -1;
+
+struct ValueTypeDefault
+{
+    std::int32_t valueType;
+    int givenBitSize;  // kAnySize: whatever the DPT carries
+    std::uint8_t bitSize;
+    std::uint16_t mainNumber;
+    std::uint16_t subNumber;
+};
+
+// The float/32 row (16 bits, 14.0) and the string/112 row (8 bits, 16.0) do not match their
+// DPTs; callers may rely on reading them back as they are, so they stay.
+constexpr ValueTypeDefault kValueTypeDefaults[] = {
+    {ivtBool, kAnySize, 1, 1, 1},
+    {1037, kAnySize, 4, 3, 7},
+    {ivtByte, kAnySize, 8, 5, 0},
+    {1036, kAnySize, 8, 5, 1},
+    {ivtFloat, 0, 16, 9, 0},
+    {ivtFloat, 4, 4, 3, 0},
+    {ivtFloat, 8, 8, 5, 1},
+    {ivtFloat, 16, 16, 9, 0},
+    {ivtFloat, 32, 16, 14, 0},
+    {ivtTime, kAnySize, 24, 10, 1},
+    {ivtDate, kAnySize, 24, 11, 1},
+    {ivtDWord, kAnySize, 32, 12, 1},
+    {ivtInteger, 0, 32, 13, 0},
+    {ivtInteger, 8, 8, 6, 0},
+    {ivtInteger, 16, 16, 8, 0},
+    {14, kAnySize, 32, 13, 100},
+    {9, kAnySize, 40, 218, 0},
+    {ivtDateTime, kAnySize, 64, 19, 1},
+    {ivtString, 0, 112, 16, 1},
+    {ivtString, 8, 8, 4, 1},
+    {ivtString, 112, 8, 16, 0},
+};
+
+struct CompatibilityGroup
+{
+    std::vector<std::int32_t> members;   // type of the value at hand
+    std::vector<std::int32_t> accepted;  // entry types it may be converted by
+};
+
+// A date-and-time value suits date and time entries, not the other way round.
+const CompatibilityGroup kCompatibilityGroups[] = {
+    {{3, 1005, 1036, 1037, 1039}, {3, 1005, 1036, 1037, 1039}},
+    {{4, 14}, {4, 14}},
+    {{6, 1021}, {6, 1021}},
+    {{7, 8, 20}, {7, 8, 20}},
+    {{11, 105}, {11, 105}},
+    {{12, 104}, {12, 104}},
+    {{13, 102, 201}, {11, 12, 13, 102, 104, 105, 201}},
+};
+
+bool Contains(const std::vector<std::int32_t>& set, std::int32_t valueType)
+{
+    return std::find(set.begin(), set.end(), valueType) != set.end();
+}
+} // namespace
+
+DptValueRows GetStandardDptValueRows()
+{
+    return DptValueRows{kStandardRows, sizeof(kStandardRows) / sizeof(kStandardRows[0])};
+}
+
+std::uint32_t KnxValueConverter::GetExpectedBitSize(unsigned int mainNumber)
+{
+    if (mainNumber < 1 || mainNumber > kMainNumberCount)
+    {
+        return 0;
+    }
+    return kExpectedBitSizes[mainNumber - 1];
+}
+
+bool KnxValueConverter::GetDefaultMappingDptForSize(KNXDPT& dpt)
+{
+    for (const SizeDefault& row : kSizeDefaults)
+    {
+        if (row.bitSize == dpt.size)
+        {
+            dpt.main = row.mainNumber;
+            dpt.sub = row.subNumber;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool KnxValueConverter::GetDefaultMappingDptForValueType(KNXDPT& dpt, const OKAVALUE& value)
+{
+    for (const ValueTypeDefault& row : kValueTypeDefaults)
+    {
+        if (row.valueType == value.type && (row.givenBitSize == kAnySize || row.givenBitSize == dpt.size))
+        {
+            dpt.size = row.bitSize;
+            dpt.main = row.mainNumber;
+            dpt.sub = row.subNumber;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool KnxValueConverter::AreValueTypesCompatible(OkaValueType valueType, OkaValueType entryType)
+{
+    if (valueType == entryType)
+    {
+        return true;
+    }
+    for (const CompatibilityGroup& group : kCompatibilityGroups)
+    {
+        if (Contains(group.members, valueType))
+        {
+            return Contains(group.accepted, entryType);
+        }
+    }
+    return false;
+}
+} // namespace Okaro

@@ -1,0 +1,252 @@
+#include "support/LogCapture.h"
+
+#include <TavObjectModel/DptValueMap.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+using namespace Okaro;
+using namespace TavTest;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+namespace
+{
+// Counts its live instances so that ownership (clone on copy, delete on destruction) shows.
+class TaggedConverter : public KnxConverter
+{
+public:
+    explicit TaggedConverter(int tag) : tag_(tag) { ++live; }
+    TaggedConverter(const TaggedConverter& other) : KnxConverter(other), tag_(other.tag_) { ++live; }
+    ~TaggedConverter() override { --live; }
+
+    bool ToKnxValue(const KNXDPT&, const OKAVALUE&, KnxStack::GroupValue&) const override { return true; }
+    bool FromKnxValue(const KNXDPT&, const KnxStack::GroupValue&, OKAVALUE&) const override { return true; }
+    TaggedConverter* Clone() const override { return new TaggedConverter(*this); }
+
+    int Tag() const { return tag_; }
+
+    static int live;
+
+private:
+    int tag_;
+};
+
+int TaggedConverter::live = 0;
+
+int TagOf(const DptValueEntry& entry)
+{
+    const auto* converter = dynamic_cast<const TaggedConverter*>(entry.GetConverter());
+    return converter != nullptr ? converter->Tag() : -1;
+}
+
+DptValueEntry MakeEntry(KNXDPT dpt, OkaValueType type, int tag)
+{
+    return DptValueEntry(dpt, type, OkaDP::istGeneric, new TaggedConverter(tag));
+}
+
+bool Add(DptValueMap& map, KNXDPT dpt, OkaValueType type, int tag)
+{
+    const TaggedConverter onTheStack(tag);
+    return map.AddEntry(dpt, DptValueEntry(dpt, type, OkaDP::istGeneric, onTheStack.Clone()));
+}
+
+bool IsNoEntryRecord(const DptValueEntry& entry) { return &entry == &DptValueMap::GetNoEntryRecord(); }
+
+class DptValueMapTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        // 9: wildcard and 9.1; 40: no wildcard, only 40.3.
+        ASSERT_TRUE(Add(map, KNXDPT{16, 9, 0}, ivtFloat, 90));
+        ASSERT_TRUE(Add(map, KNXDPT{16, 9, 1}, ivtFloat, 91));
+        ASSERT_TRUE(Add(map, KNXDPT{8, 40, 3}, ivtByte, 403));
+    }
+
+    DptValueMap map;
+};
+} // namespace
+
+TEST(DptValueEntryTest, CopyGetsItsOwnCloneOfTheConverter)
+{
+    const int before = TaggedConverter::live;
+    {
+        const DptValueEntry original = MakeEntry(KNXDPT{16, 9, 1}, ivtFloat, 7);
+        const DptValueEntry copy(original);
+        EXPECT_NE(copy.GetConverter(), original.GetConverter());
+        EXPECT_EQ(TagOf(copy), 7);
+        EXPECT_EQ(copy.GetDpt().size, 16);
+        EXPECT_EQ(copy.GetDpt().main, 9);
+        EXPECT_EQ(copy.GetDpt().sub, 1);
+        EXPECT_EQ(copy.GetValueType(), ivtFloat);
+        EXPECT_EQ(TaggedConverter::live, before + 2);
+    }
+    EXPECT_EQ(TaggedConverter::live, before);
+}
+
+TEST(DptValueEntryTest, AssignmentReplacesTheConverterWithAClone)
+{
+    const int before = TaggedConverter::live;
+    {
+        DptValueEntry target = MakeEntry(KNXDPT{1, 1, 0}, ivtBool, 1);
+        const DptValueEntry source = MakeEntry(KNXDPT{8, 5, 0}, ivtByte, 5);
+        target = source;
+        EXPECT_EQ(TagOf(target), 5);
+        EXPECT_NE(target.GetConverter(), source.GetConverter());
+        EXPECT_EQ(target.GetValueType(), ivtByte);
+        EXPECT_EQ(target.GetDpt().main, 5);
+        target = target;
+        EXPECT_EQ(TagOf(target), 5);
+        EXPECT_EQ(TaggedConverter::live, before + 2);
+    }
+    EXPECT_EQ(TaggedConverter::live, before);
+}
+
+TEST(DptValueEntryTest, EntryWithoutConverterCopiesAsNull)
+{
+    const DptValueEntry original(KNXDPT{8, 5, 0}, ivtByte, OkaDP::istGeneric, nullptr);
+    const DptValueEntry copy(original);
+    EXPECT_EQ(copy.GetConverter(), nullptr);
+}
+
+TEST_F(DptValueMapTest, ExactSubNumberIsFound)
+{
+    LogCapture capture;
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{16, 9, 1})), 91);
+    EXPECT_THAT(capture.Lines(), IsEmpty());
+}
+
+TEST_F(DptValueMapTest, MissingSubNumberFallsBackToTheWildcard)
+{
+    LogCapture capture;
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{16, 9, 9})), 90);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{16, 9, 0})), 90);
+    EXPECT_THAT(capture.Lines(), IsEmpty());
+}
+
+TEST_F(DptValueMapTest, BitSizeOfTheQueryIsIgnored)
+{
+    const DptValueEntry& entry = map.GetEntry(KNXDPT{8, 9, 1});
+    EXPECT_EQ(TagOf(entry), 91);
+    EXPECT_EQ(entry.GetDpt().size, 16);
+}
+
+TEST_F(DptValueMapTest, UnknownMainNumberGivesTheNoEntryRecord)
+{
+    LogCapture capture;
+    const DptValueEntry& entry = map.GetEntry(KNXDPT{16, 22, 1});
+    EXPECT_TRUE(IsNoEntryRecord(entry));
+    EXPECT_EQ(entry.GetValueType(), ivtEmpty);
+    const auto lines = capture.Lines();
+    ASSERT_THAT(lines, ElementsAre(Error("GetEntry - No Entry found for DPT = 22.1")));
+    EXPECT_EQ(lines[0].file, "KnxValueConverter.cpp");
+}
+
+TEST_F(DptValueMapTest, MissingWildcardAskedDirectlyNamesSubZero)
+{
+    LogCapture capture;
+    EXPECT_TRUE(IsNoEntryRecord(map.GetEntry(KNXDPT{8, 40, 0})));
+    EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 40.0")));
+}
+
+TEST_F(DptValueMapTest, MissingSubWithoutWildcardNamesTheMainNumberWithX)
+{
+    LogCapture capture;
+    EXPECT_TRUE(IsNoEntryRecord(map.GetEntry(KNXDPT{8, 40, 7})));
+    EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 40.x")));
+}
+
+TEST_F(DptValueMapTest, FirstRegistrationWinsAndTheRepeatStillSucceeds)
+{
+    LogCapture capture;
+    EXPECT_TRUE(Add(map, KNXDPT{8, 9, 1}, ivtByte, 999));
+    EXPECT_TRUE(Add(map, KNXDPT{8, 9, 1}, ivtByte, 998));
+    const DptValueEntry& entry = map.GetEntry(KNXDPT{16, 9, 1});
+    EXPECT_EQ(TagOf(entry), 91);
+    EXPECT_EQ(entry.GetValueType(), ivtFloat);
+    EXPECT_EQ(entry.GetDpt().size, 16);
+    EXPECT_EQ(map.GetEntryCount(), 3u);
+    EXPECT_THAT(capture.Lines(), IsEmpty());
+}
+
+TEST_F(DptValueMapTest, StoredEntriesOwnAClone)
+{
+    const int before = TaggedConverter::live;
+    const TaggedConverter local(55);
+    const DptValueEntry entry(KNXDPT{8, 50, 1}, ivtByte, OkaDP::istGeneric, local.Clone());
+    ASSERT_TRUE(map.AddEntry(KNXDPT{8, 50, 1}, entry));
+    EXPECT_EQ(TaggedConverter::live, before + 3);
+    EXPECT_NE(map.GetEntry(KNXDPT{8, 50, 1}).GetConverter(), entry.GetConverter());
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 50, 1})), 55);
+}
+
+TEST_F(DptValueMapTest, EntriesAreCountedPerMainNumber)
+{
+    EXPECT_EQ(map.GetEntryCount(), 3u);
+    ASSERT_EQ(map.GetEntries().size(), 2u);
+    EXPECT_EQ(map.GetEntries().at(9).size(), 2u);
+    EXPECT_EQ(map.GetEntries().at(40).size(), 1u);
+}
+
+TEST_F(DptValueMapTest, ClearDeletesEveryConverter)
+{
+    const int before = TaggedConverter::live;
+    map.Clear();
+    EXPECT_EQ(TaggedConverter::live, before - 3);
+    EXPECT_EQ(map.GetEntryCount(), 0u);
+    EXPECT_TRUE(map.GetEntries().empty());
+}
+
+TEST_F(DptValueMapTest, CopyOfTheMapClonesEveryConverter)
+{
+    const int before = TaggedConverter::live;
+    {
+        const DptValueMap copy(map);
+        EXPECT_EQ(TaggedConverter::live, before + 3);
+        EXPECT_NE(copy.GetEntry(KNXDPT{16, 9, 1}).GetConverter(), map.GetEntry(KNXDPT{16, 9, 1}).GetConverter());
+        EXPECT_EQ(TagOf(copy.GetEntry(KNXDPT{16, 9, 1})), 91);
+    }
+    EXPECT_EQ(TaggedConverter::live, before);
+}
+
+TEST(DptValueMapNoEntryRecordTest, HasEmptyTypeAndTheDefaultConverter)
+{
+    const DptValueEntry& record = DptValueMap::GetNoEntryRecord();
+    EXPECT_EQ(record.GetDpt().size, 0);
+    EXPECT_EQ(record.GetDpt().main, 0);
+    EXPECT_EQ(record.GetDpt().sub, 0);
+    EXPECT_EQ(record.GetValueType(), ivtEmpty);
+    EXPECT_EQ(record.GetValueSubType(), OkaDP::istGeneric);
+    ASSERT_NE(record.GetConverter(), nullptr);
+    EXPECT_EQ(typeid(*record.GetConverter()), typeid(KnxConverterDefault));
+}
+
+TEST(DptValueMapNoEntryRecordTest, IsOneRecordSharedByAllMapsAndThreads)
+{
+    const DptValueMap first;
+    const DptValueMap second;
+    const DptValueEntry* expected = &DptValueMap::GetNoEntryRecord();
+    std::atomic<int> same{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+    {
+        threads.emplace_back([&] {
+            if (&DptValueMap::GetNoEntryRecord() == expected)
+            {
+                ++same;
+            }
+        });
+    }
+    for (std::thread& thread : threads)
+    {
+        thread.join();
+    }
+    EXPECT_EQ(same.load(), 4);
+    EXPECT_EQ(&first.GetEntry(KNXDPT{0, 1, 1}), expected);
+    EXPECT_EQ(&second.GetEntry(KNXDPT{0, 1, 1}), expected);
+}

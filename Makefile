@@ -3,8 +3,10 @@ BUILD_DIR ?= build
 PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
 CMAKE_ARGS ?=
+# Keeps the output of the nested builds readable.
+MAKEFLAGS += --no-print-directory
 
-.PHONY: deps configure build run test install sanitize sanitize-address sanitize-thread clean
+.PHONY: deps configure build run test install sanitize sanitize-address sanitize-thread test-armhf clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -25,6 +27,7 @@ install: build
 	@cmake --install $(BUILD_DIR) --prefix $(PREFIX)
 
 # The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, then under ThreadSanitizer.
+# Any sanitizer report ends the test program with a failure.
 sanitize: sanitize-address sanitize-thread
 
 sanitize-address: deps
@@ -37,6 +40,15 @@ sanitize-thread: deps
 	@cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DTAV_SANITIZE=thread >/dev/null
 	@cmake --build build-tsan -j $(JOBS)
 	@cd build-tsan && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 ctest --output-on-failure -j $(JOBS)
+
+# Cross-builds libraries, tool and tests for 32-bit ARM (armhf) and runs the suite under qemu-arm.
+ARMHF_BUILD_DIR ?= build-armhf
+test-armhf:
+	@bash scripts/install-armhf-deps.sh
+	@cmake -S . -B $(ARMHF_BUILD_DIR) -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/toolchain-armhf.cmake \
+		-DCMAKE_BUILD_TYPE=Release >/dev/null
+	@cmake --build $(ARMHF_BUILD_DIR) -j $(JOBS)
+	@cd $(ARMHF_BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
 
 clean:
 	@rm -rf $(BUILD_DIR) build-*

@@ -25,5 +25,7 @@ echo "Installing missing packages: ${missing[*]}"
 sudo=""
 if [ "$(id -u)" -ne 0 ]; then sudo="sudo"; fi
 export DEBIAN_FRONTEND=noninteractive
-$sudo apt-get update -qq
+# One index failing (a mirror in mid-sync, a foreign architecture's index) need not stop the
+# install: apt-get install says clearly when a package is really missing.
+$sudo apt-get update -qq || echo "apt-get update failed for some indexes; going on with the others"
 $sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"

@@ -4,7 +4,7 @@ PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
 CMAKE_ARGS ?=
 
-.PHONY: deps configure build run test install sanitize sanitize-address sanitize-thread clean
+.PHONY: deps configure build run test install sanitize sanitize-address sanitize-thread fuzz fuzz-smoke clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -37,6 +37,14 @@ sanitize-thread: deps
 	@cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=Debug -DTAV_SANITIZE=thread >/dev/null
 	@cmake --build build-tsan -j $(JOBS)
 	@cd build-tsan && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 ctest --output-on-failure -j $(JOBS)
+
+# libFuzzer harnesses (clang), each for FUZZ_SECONDS; fuzz-smoke is the short run for CI.
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	@bash scripts/run-fuzz.sh $(FUZZ_SECONDS)
+
+fuzz-smoke: deps
+	@bash scripts/run-fuzz.sh 10
 
 clean:
 	@rm -rf $(BUILD_DIR) build-*

@@ -4,7 +4,7 @@ PREFIX ?= /usr/local
 JOBS ?= $(shell nproc)
 CMAKE_ARGS ?=
 
-.PHONY: deps configure build run test install sanitize sanitize-address sanitize-thread fuzz fuzz-smoke clean
+.PHONY: deps configure build run test install sanitize sanitize-address sanitize-thread fuzz fuzz-smoke bench clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -45,6 +45,10 @@ fuzz: deps
 
 fuzz-smoke: deps
 	@bash scripts/run-fuzz.sh 10
+
+# Benchmarks, built in Release in build-bench (TAV_BENCH_LOG_LEVEL: level of the figures).
+bench: deps
+	@bash scripts/run-bench.sh
 
 clean:
 	@rm -rf $(BUILD_DIR) build-*

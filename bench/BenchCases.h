@@ -17,6 +17,9 @@ struct DptCase
     KNXDPT dpt;
     std::vector<std::uint8_t> bytes;
     const char* valueText;
+    // False where the front never encodes the family (3.x wants a byte its float entry
+    // refuses, 5.x refuses bytes): only decoding is measured.
+    bool encodes = true;
 
     KnxStack::GroupValue Telegram() const
     {
@@ -35,9 +38,9 @@ inline const std::vector<DptCase>& FamilyCases()
 {
     static const std::vector<DptCase> cases = {
         {"1.001", {1, 1, 1}, {0x01}, "2/2001:true"},
-        {"3.007", {4, 3, 7}, {0x0B}, "3/3002:50"},
+        {"3.007", {4, 3, 7}, {0x0B}, "3/3002:50", false},
         {"4.001", {8, 4, 1}, {0x41}, "10/8001:A"},
-        {"5.010", {8, 5, 10}, {0x80}, "6:128"},
+        {"5.010", {8, 5, 10}, {0x80}, "6:128", false},
         {"6.010", {8, 6, 10}, {0xFB}, "4:-5"},
         {"7.001", {16, 7, 1}, {0x12, 0x34}, "7:4660"},
         {"8.001", {16, 8, 1}, {0xFF, 0xFE}, "4:-2"},

@@ -281,10 +281,10 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
             else
             {
                 // Short values arrive from the bus with size 6; the converter needs the
-                // DPT's own size.
-                narrowed = KnxStack::GroupValue(groupValue.GetRawData(), expected);
+                // DPT's own size. Copied only then: the copy allocates.
                 if (actual == 6)
                 {
+                    narrowed = KnxStack::GroupValue(groupValue.GetRawData(), expected);
                     input = &narrowed;
                 }
             }

@@ -248,6 +248,25 @@ TEST_F(DptValueMapTest, ClearForgetsEveryMainNumber)
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 9.1")));
 }
 
+TEST_F(DptValueMapTest, AddingAnEntryByMoveKeepsItsConverterWithoutAnotherClone)
+{
+    DptValueEntry entry = MakeEntry(KNXDPT{8, 50, 1}, ivtByte, 501);
+    const KnxConverter* converter = entry.GetConverter();
+    const int before = TaggedConverter::live;
+    ASSERT_TRUE(map.AddEntry(KNXDPT{8, 50, 1}, std::move(entry)));
+    EXPECT_EQ(TaggedConverter::live, before);
+    EXPECT_EQ(map.GetEntry(KNXDPT{8, 50, 1}).GetConverter(), converter);
+    EXPECT_EQ(entry.GetConverter(), nullptr);  // NOLINT(bugprone-use-after-move): moved-from state is specified
+}
+
+TEST_F(DptValueMapTest, AddingARepeatedDptByMoveKeepsTheFirstAndDeletesTheSecond)
+{
+    const int before = TaggedConverter::live;
+    EXPECT_TRUE(map.AddEntry(KNXDPT{16, 9, 1}, MakeEntry(KNXDPT{16, 9, 1}, ivtFloat, 999)));
+    EXPECT_EQ(TaggedConverter::live, before);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{16, 9, 1})), 91);
+}
+
 TEST(DptValueMapNoEntryRecordTest, HasEmptyTypeAndTheDefaultConverter)
 {
     const DptValueEntry& record = DptValueMap::GetNoEntryRecord();

@@ -23,6 +23,8 @@ public:
     DptValueEntry(const KNXDPT& dpt, OkaValueType valueType, OkaDP::OkaValueSubType valueSubType,
                   KnxConverter* converter);
     DptValueEntry(const DptValueEntry& other);
+    // Takes the converter over; the moved-from entry has none.
+    DptValueEntry(DptValueEntry&& other) noexcept;
     DptValueEntry& operator=(const DptValueEntry& other);
     virtual ~DptValueEntry();
 
@@ -58,6 +60,8 @@ public:
     // Stores a copy under (main, sub). The first registration of a DPT wins: a repeated one
     // leaves the stored entry alone and still reports success.
     bool AddEntry(const KNXDPT& dpt, const DptValueEntry& entry);
+    // The same, taking the entry's converter over instead of cloning it again.
+    bool AddEntry(const KNXDPT& dpt, DptValueEntry&& entry);
 
     // Removes every entry, deleting their converters.
     void Clear();

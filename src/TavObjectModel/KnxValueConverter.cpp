@@ -49,6 +49,14 @@ DptValueEntry::DptValueEntry(const DptValueEntry& other)
 {
 }
 
+DptValueEntry::DptValueEntry(DptValueEntry&& other) noexcept
+    : dpt_(other.dpt_),
+      valueType_(other.valueType_),
+      valueSubType_(other.valueSubType_),
+      converter_(std::exchange(other.converter_, nullptr))
+{
+}
+
 DptValueEntry& DptValueEntry::operator=(const DptValueEntry& other)
 {
     if (this != &other)
@@ -156,6 +164,11 @@ const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
 
 bool DptValueMap::AddEntry(const KNXDPT& dpt, const DptValueEntry& entry)
 {
+    return AddEntry(dpt, DptValueEntry(entry));
+}
+
+bool DptValueMap::AddEntry(const KNXDPT& dpt, DptValueEntry&& entry)
+{
     auto mainEntry = entries_.find(dpt.main);
     if (mainEntry == entries_.end())
     {
@@ -167,12 +180,9 @@ bool DptValueMap::AddEntry(const KNXDPT& dpt, const DptValueEntry& entry)
         }
         IndexMain(dpt.main, mainEntry->second);
     }
-    else if (mainEntry->second.count(dpt.sub) != 0)
-    {
-        // The first registration wins; repeating it is not an error.
-        return true;
-    }
-    return mainEntry->second.emplace(dpt.sub, entry).second;
+    // The first registration wins; repeating it is not an error.
+    mainEntry->second.try_emplace(dpt.sub, std::move(entry));
+    return true;
 }
 
 void DptValueMap::Clear()
@@ -209,8 +219,7 @@ bool KnxValueConverter::AddDptValueMapEntry(unsigned short mainNumber, unsigned 
                                             OkaDP::OkaValueSubType valueSubType, const KnxConverter& converter)
 {
     const KNXDPT dpt{bitSize, mainNumber, subNumber};
-    const DptValueEntry entry(dpt, valueType, valueSubType, converter.Clone());
-    return dptValueMap_.AddEntry(dpt, entry);
+    return dptValueMap_.AddEntry(dpt, DptValueEntry(dpt, valueType, valueSubType, converter.Clone()));
 }
 
 void KnxValueConverter::FillDptValueMap()
@@ -281,10 +290,10 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
             else
             {
                 // Short values arrive from the bus with size 6; the converter needs the
-                // DPT's own size.
-                narrowed = KnxStack::GroupValue(groupValue.GetRawData(), expected);
+                // DPT's own size. Copied only then: the copy allocates.
                 if (actual == 6)
                 {
+                    narrowed = KnxStack::GroupValue(groupValue.GetRawData(), expected);
                     input = &narrowed;
                 }
             }

@@ -9,11 +9,16 @@ tmp="$(mktemp -d)"
 trap 'rm -rf "$tmp"' EXIT
 prefix="$tmp/prefix"
 # Cross-built (set by CTest): the consumer is built with the same toolchain against the prefix
-# as a staging area, and the programs run under the emulator.
+# as a staging area, and the programs run under the emulator. Built with sanitizers: the
+# consumer too, since their runtime must come first in the program.
 read -r -a runner <<<"${TAV_TEST_RUNNER:-}"
-cross=()
+consumer_args=()
 if [ -n "${TAV_TOOLCHAIN_FILE:-}" ]; then
-  cross=(-DCMAKE_TOOLCHAIN_FILE="$TAV_TOOLCHAIN_FILE" -DCMAKE_STAGING_PREFIX="$prefix")
+  consumer_args+=(-DCMAKE_TOOLCHAIN_FILE="$TAV_TOOLCHAIN_FILE" -DCMAKE_STAGING_PREFIX="$prefix")
+fi
+if [ -n "${TAV_SANITIZE:-}" ]; then
+  consumer_args+=(-DCMAKE_CXX_FLAGS="-fsanitize=$TAV_SANITIZE"
+    -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=$TAV_SANITIZE")
 fi
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
@@ -32,7 +37,7 @@ test -f "$prefix/share/tavobjectmodel/telegrams.txt"
 test "$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --modversion tavobjectmodel)" = "1.0.0"
 
 cmake -S "$consumer" -B "$tmp/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Release \
-  "${cross[@]}" >/dev/null
+  "${consumer_args[@]}" >/dev/null
 cmake --build "$tmp/consumer" >/dev/null
 LD_LIBRARY_PATH="$libdir" "${runner[@]}" "$tmp/consumer/tavconsumer"
 

@@ -6,7 +6,7 @@ CMAKE_ARGS ?=
 # Keeps the output of the nested builds readable.
 MAKEFLAGS += --no-print-directory
 
-.PHONY: deps configure build run test install sanitize sanitize-address sanitize-thread test-armhf clean
+.PHONY: deps configure build run test install sanitize sanitize-address sanitize-thread test-armhf fuzz fuzz-smoke bench clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -49,6 +49,18 @@ test-armhf:
 		-DCMAKE_BUILD_TYPE=Release >/dev/null
 	@cmake --build $(ARMHF_BUILD_DIR) -j $(JOBS)
 	@cd $(ARMHF_BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+
+# libFuzzer harnesses (clang), each for FUZZ_SECONDS; fuzz-smoke is the short run for CI.
+FUZZ_SECONDS ?= 60
+fuzz: deps
+	@bash scripts/run-fuzz.sh $(FUZZ_SECONDS)
+
+fuzz-smoke: deps
+	@bash scripts/run-fuzz.sh 10
+
+# Benchmarks, built in Release in build-bench (TAV_BENCH_LOG_LEVEL: level of the figures).
+bench: deps
+	@bash scripts/run-bench.sh
 
 clean:
 	@rm -rf $(BUILD_DIR) build-*

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <memory>
 #include <thread>
 #include <vector>
 
@@ -212,6 +213,39 @@ TEST_F(DptValueMapTest, CopyOfTheMapClonesEveryConverter)
         EXPECT_EQ(TagOf(copy.GetEntry(KNXDPT{16, 9, 1})), 91);
     }
     EXPECT_EQ(TaggedConverter::live, before);
+}
+
+TEST_F(DptValueMapTest, CopyFindsItsOwnEntriesAfterTheOriginalIsGone)
+{
+    auto original = std::make_unique<DptValueMap>(map);
+    DptValueMap copy(*original);
+    DptValueMap assigned;
+    assigned = *original;
+    original.reset();
+    EXPECT_EQ(TagOf(copy.GetEntry(KNXDPT{16, 9, 1})), 91);
+    EXPECT_EQ(TagOf(copy.GetEntry(KNXDPT{16, 9, 7})), 90);
+    EXPECT_EQ(TagOf(assigned.GetEntry(KNXDPT{8, 40, 3})), 403);
+}
+
+TEST_F(DptValueMapTest, MainNumbersAboveTheCommonRangeAreFoundToo)
+{
+    ASSERT_TRUE(Add(map, KNXDPT{8, 255, 0}, ivtByte, 2550));
+    ASSERT_TRUE(Add(map, KNXDPT{8, 256, 0}, ivtByte, 2560));
+    ASSERT_TRUE(Add(map, KNXDPT{8, 65535, 2}, ivtByte, 65535));
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 255, 1})), 2550);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 256, 1})), 2560);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 65535, 2})), 65535);
+    LogCapture capture;
+    EXPECT_TRUE(IsNoEntryRecord(map.GetEntry(KNXDPT{8, 257, 1})));
+    EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 257.1")));
+}
+
+TEST_F(DptValueMapTest, ClearForgetsEveryMainNumber)
+{
+    map.Clear();
+    LogCapture capture;
+    EXPECT_TRUE(IsNoEntryRecord(map.GetEntry(KNXDPT{16, 9, 1})));
+    EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 9.1")));
 }
 
 TEST(DptValueMapNoEntryRecordTest, HasEmptyTypeAndTheDefaultConverter)

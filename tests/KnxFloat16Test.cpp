@@ -121,3 +121,36 @@ TEST(KnxFloat16, OnlyExactly32767IsInvalid)
     EXPECT_EQ(EncodeKnxFloat16(32766.0), 0x5E40);
     EXPECT_EQ(DecodeKnxFloat16(0x5E40), 32768.0);
 }
+
+TEST(KnxFloat16, EncodingMatchesTheLdexpWorkingForEveryCodeAndTheValuesBetween)
+{
+    // The working written with ldexp, as a reference for the encoder's power-of-two table.
+    const auto reference = [](double value) -> std::uint16_t {
+        const double hundredths = value * 100.0;
+        for (int exponent = 0; exponent <= 15; ++exponent)
+        {
+            const double mantissa = std::round(std::ldexp(hundredths, -exponent));
+            if (mantissa >= -2048 && mantissa <= 2047)
+            {
+                const auto bits = static_cast<std::uint16_t>(static_cast<int>(mantissa)) & 0x0FFFu;
+                const auto code = static_cast<std::uint16_t>(((bits & 0x0800u) != 0 ? 0x8000u : 0u) |
+                                                             (static_cast<unsigned>(exponent) << 11) | (bits & 0x07FFu));
+                return code == 0x7FFF ? 0x7FFE : code;
+            }
+        }
+        return value > 0 ? 0x7FFE : 0xF800;
+    };
+    for (std::uint32_t code = 0; code <= 0xFFFFu; ++code)
+    {
+        if (code == 0x7FFFu)
+            continue;
+        const double value = DecodeKnxFloat16(static_cast<std::uint16_t>(code));
+        for (const double probe : {value, std::nextafter(value, 1e9), std::nextafter(value, -1e9), value + 0.005,
+                                   value - 0.005, value * 1.0001})
+        {
+            if (probe == 32767.0)
+                continue;
+            ASSERT_EQ(EncodeKnxFloat16(probe), reference(probe)) << probe;
+        }
+    }
+}

@@ -10,6 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <vector>
 
 namespace Okaro
 {
@@ -46,8 +47,8 @@ public:
 
     DptValueMap() = default;
     virtual ~DptValueMap() = default;
-    DptValueMap(const DptValueMap&) = default;
-    DptValueMap& operator=(const DptValueMap&) = default;
+    DptValueMap(const DptValueMap& other);
+    DptValueMap& operator=(const DptValueMap& other);
 
     // Exact sub number, else the main number's wildcard, else the no-entry record (value type
     // ivtEmpty). Logs at ERROR when it falls back to the record; never throws for unknown DPTs.
@@ -69,6 +70,16 @@ public:
     static const DptValueEntry& GetNoEntryRecord();
 
 private:
+    // Main numbers below this are found through a direct index; every converter call looks
+    // its DPT up, and the tree search was the largest part of a call.
+    static constexpr std::uint16_t kIndexedMainCount = 256;
+
+    const SubMap* FindSubMap(std::uint16_t main) const;
+    void IndexMain(std::uint16_t main, const SubMap& subEntries);
+    void RebuildIndex();
+
     MainMap entries_;
+    // Points into entries_ (map nodes do not move); rebuilt whenever entries_ is copied.
+    std::vector<const SubMap*> subMapByMain_;
 };
 } // namespace Okaro

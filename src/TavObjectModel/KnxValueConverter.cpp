@@ -77,15 +77,63 @@ const DptValueEntry& DptValueMap::GetNoEntryRecord()
     return record;
 }
 
+DptValueMap::DptValueMap(const DptValueMap& other) : entries_(other.entries_)
+{
+    RebuildIndex();
+}
+
+DptValueMap& DptValueMap::operator=(const DptValueMap& other)
+{
+    if (this != &other)
+    {
+        entries_ = other.entries_;
+        RebuildIndex();
+    }
+    return *this;
+}
+
+const DptValueMap::SubMap* DptValueMap::FindSubMap(std::uint16_t main) const
+{
+    if (main < kIndexedMainCount)
+    {
+        return main < subMapByMain_.size() ? subMapByMain_[main] : nullptr;
+    }
+    const auto mainEntry = entries_.find(main);
+    return mainEntry != entries_.end() ? &mainEntry->second : nullptr;
+}
+
+void DptValueMap::IndexMain(std::uint16_t main, const SubMap& subEntries)
+{
+    if (main >= kIndexedMainCount)
+    {
+        return;
+    }
+    if (subMapByMain_.empty())
+    {
+        // One allocation: the standard table reaches main number 238 anyway.
+        subMapByMain_.resize(kIndexedMainCount, nullptr);
+    }
+    subMapByMain_[main] = &subEntries;
+}
+
+void DptValueMap::RebuildIndex()
+{
+    subMapByMain_.clear();
+    for (const auto& mainEntry : entries_)
+    {
+        IndexMain(mainEntry.first, mainEntry.second);
+    }
+}
+
 const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
 {
-    const auto mainEntry = entries_.find(dpt.main);
-    if (mainEntry == entries_.end())
+    const SubMap* found = FindSubMap(dpt.main);
+    if (found == nullptr)
     {
         TAV_LOG(GetGlobalDefaultLogger(), kError, "No Entry found for DPT = " << DptText{dpt});
         return GetNoEntryRecord();
     }
-    const SubMap& subEntries = mainEntry->second;
+    const SubMap& subEntries = *found;
     const auto exact = subEntries.find(dpt.sub);
     if (exact != subEntries.end())
     {
@@ -117,6 +165,7 @@ bool DptValueMap::AddEntry(const KNXDPT& dpt, const DptValueEntry& entry)
         {
             return false;
         }
+        IndexMain(dpt.main, mainEntry->second);
     }
     else if (mainEntry->second.count(dpt.sub) != 0)
     {
@@ -133,6 +182,7 @@ void DptValueMap::Clear()
         mainEntry.second.clear();
     }
     entries_.clear();
+    subMapByMain_.clear();
 }
 
 std::size_t DptValueMap::GetEntryCount() const

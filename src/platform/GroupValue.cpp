@@ -60,7 +60,12 @@ void GroupValue::SetRawData(const BinaryData& rawData)
 
 void GroupValue::SetBytes(const unsigned char* bytes, unsigned int count, unsigned int definedSize)
 {
-    rawData_ = BinaryData(bytes, count);
+    // In place: a group value reused for sending keeps its buffer instead of allocating anew.
+    rawData_.Resize(count);
+    for (unsigned int i = 0; i < count; ++i)
+    {
+        rawData_.SetUInt8Value(i, bytes[i]);
+    }
     definedSize_ = definedSize;
 }
 

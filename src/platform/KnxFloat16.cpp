@@ -11,6 +11,12 @@ constexpr int MantissaMin = -2048;
 constexpr int MantissaMax = 2047;
 constexpr int ExponentMax = 15;
 
+// 2^-exponent: multiplying by it is exact, like ldexp, without a library call per step.
+constexpr double InversePowerOfTwo[ExponentMax + 1] = {
+    1.0,          0.5,           0.25,          0.125,          0.0625,         0.03125,
+    0.015625,     0.0078125,     0.00390625,    0.001953125,    0.0009765625,   0.00048828125,
+    0.000244140625, 0.0001220703125, 0.00006103515625, 0.000030517578125};
+
 std::uint16_t Pack(int mantissa, int exponent)
 {
     const auto bits = static_cast<std::uint16_t>(mantissa) & 0x0FFFu;  // 12-bit two's complement
@@ -30,7 +36,7 @@ std::uint16_t EncodeKnxFloat16(double value)
     for (int exponent = 0; exponent <= ExponentMax; ++exponent)
     {
         // Rounding may carry into a 12th bit (2047.5 -> 2048): then the next exponent takes it.
-        const double mantissa = std::round(std::ldexp(hundredths, -exponent));
+        const double mantissa = std::round(hundredths * InversePowerOfTwo[exponent]);
         if (mantissa >= MantissaMin && mantissa <= MantissaMax)
         {
             const std::uint16_t code = Pack(static_cast<int>(mantissa), exponent);

@@ -8,6 +8,18 @@ consumer="$2"
 tmp="$(mktemp -d)"
 trap 'rm -rf "$tmp"' EXIT
 prefix="$tmp/prefix"
+# Cross-built (set by CTest): the consumer is built with the same toolchain against the prefix
+# as a staging area, and the programs run under the emulator. Built with sanitizers: the
+# consumer too, since their runtime must come first in the program.
+read -r -a runner <<<"${TAV_TEST_RUNNER:-}"
+consumer_args=()
+if [ -n "${TAV_TOOLCHAIN_FILE:-}" ]; then
+  consumer_args+=(-DCMAKE_TOOLCHAIN_FILE="$TAV_TOOLCHAIN_FILE" -DCMAKE_STAGING_PREFIX="$prefix")
+fi
+if [ -n "${TAV_SANITIZE:-}" ]; then
+  consumer_args+=(-DCMAKE_CXX_FLAGS="-fsanitize=$TAV_SANITIZE"
+    -DCMAKE_EXE_LINKER_FLAGS="-fsanitize=$TAV_SANITIZE")
+fi
 
 cmake --install "$build" --prefix "$prefix" >/dev/null
 libdir="$(dirname "$(find "$prefix" -name 'libtavobjectmodel.so' | head -1)")"
@@ -24,11 +36,12 @@ test -f "$prefix/include/Tav/MeasureDuration.h"
 test -f "$prefix/share/tavobjectmodel/telegrams.txt"
 test "$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --modversion tavobjectmodel)" = "1.0.0"
 
-cmake -S "$consumer" -B "$tmp/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Release >/dev/null
+cmake -S "$consumer" -B "$tmp/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Release \
+  "${consumer_args[@]}" >/dev/null
 cmake --build "$tmp/consumer" >/dev/null
-LD_LIBRARY_PATH="$libdir" "$tmp/consumer/tavconsumer"
+LD_LIBRARY_PATH="$libdir" "${runner[@]}" "$tmp/consumer/tavconsumer"
 
 # The installed tool runs from its prefix and finds its installed sample telegrams.
-test "$("$prefix/bin/tavknx" decode 9.001 0c1a)" = "9.1: Float 21 [ivt 3, sub-type 0]"
-"$prefix/bin/tavknx" demo >"$tmp/demo.txt" 2>/dev/null
+test "$("${runner[@]}" "$prefix/bin/tavknx" decode 9.001 0c1a)" = "9.1: Float 21 [ivt 3, sub-type 0]"
+"${runner[@]}" "$prefix/bin/tavknx" demo >"$tmp/demo.txt" 2>/dev/null
 grep -qF "from $prefix/share/tavobjectmodel/telegrams.txt" "$tmp/demo.txt"

@@ -5,11 +5,13 @@ set -u
 tavknx="$1"
 group="$2"
 failures=0
+# The emulator, when cross-built (set by CTest).
+read -r -a runner <<<"${TAV_TEST_RUNNER:-}"
 tmp="$(mktemp -d)"
 trap 'rm -rf "$tmp"' EXIT
 
 run() {
-  "$tavknx" "$@" >"$tmp/out" 2>"$tmp/err"
+  "${runner[@]}" "$tavknx" "$@" >"$tmp/out" 2>"$tmp/err"
   code=$?
 }
 

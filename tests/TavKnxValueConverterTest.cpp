@@ -1,3 +1,4 @@
+#include "support/GroupValueBytes.h"
 #include "support/LogCapture.h"
 
 #include <TavObjectModel/TavKnxValueConverter.h>
@@ -15,18 +16,6 @@ using ::testing::IsEmpty;
 
 namespace
 {
-using Bytes = std::vector<std::uint8_t>;
-
-KnxStack::GroupValue MakeGroupValue(const Bytes& bytes, unsigned int bits)
-{
-    return KnxStack::GroupValue(KnxStack::BinaryData(bytes.data(), static_cast<unsigned int>(bytes.size())), bits);
-}
-
-Bytes BytesOf(const KnxStack::GroupValue& groupValue)
-{
-    const KnxStack::BinaryData& raw = groupValue.GetRawData();
-    return Bytes(raw.GetData(), raw.GetData() + raw.GetSize());
-}
 
 std::string TextOf(const OKAVALUE& value, bool internalForm)
 {

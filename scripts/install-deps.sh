@@ -7,6 +7,7 @@ packages=(
   libboost-thread-dev libboost-date-time-dev libboost-timer-dev libboost-filesystem-dev
   libboost-system-dev libboost-program-options-dev liblog4cplus-dev librapidxml-dev
   libutfcpp-dev libgtest-dev libgmock-dev libbenchmark-dev cmake g++ make pkg-config
+  knxd knxd-tools knxd-dev  # the live-bus commands of tavknx and their tests
 )
 packages+=("$@")
 

@@ -1,0 +1,18 @@
+#pragma once
+// KNX bus addresses as people write them: group addresses "main/middle/sub" (5/3/8 bits) and
+// individual addresses "area.line.device" (4/4/8 bits).
+#include <boost/optional.hpp>
+
+#include <cstdint>
+#include <string>
+
+namespace TavKnx
+{
+// "1/2/3" (three levels).
+std::string FormatGroupAddress(std::uint16_t address);
+// "1.1.5".
+std::string FormatIndividualAddress(std::uint16_t address);
+// Three levels "0-31/0-7/0-255" or two levels "0-31/0-2047"; decimal digits only, no blanks.
+// Nothing for anything else.
+boost::optional<std::uint16_t> ParseGroupAddress(const std::string& text);
+} // namespace TavKnx

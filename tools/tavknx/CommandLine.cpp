@@ -8,9 +8,6 @@
 
 namespace TavKnx
 {
-namespace
-{
-// Quoted and cut, so that a huge or binary argument gives a readable message.
 std::string Quote(const std::string& text)
 {
     std::string shown;
@@ -32,6 +29,9 @@ std::string Quote(const std::string& text)
     }
     return "'" + shown + "'";
 }
+
+namespace
+{
 
 bool IsDigits(const std::string& text)
 {
@@ -72,7 +72,7 @@ void Invocation::RequireArgs(std::size_t min, std::size_t max, const char* names
     if (args.size() < min || args.size() > max)
     {
         std::ostringstream message;
-        message << "expected " << names << ", got " << args.size() << " argument" << (args.size() == 1 ? "" : "s");
+        message << "expected " << (max == 0 ? "no arguments" : names) << ", got " << args.size() << " argument" << (args.size() == 1 ? "" : "s");
         if (args.size() > max)
         {
             message << " (first extra: " << Quote(args[max]) << ")";

@@ -42,7 +42,7 @@ struct Invocation
 
     std::ostream& Out() const { return *out; }
     // Throws UsageError unless there are between min and max positional arguments; `names`
-    // is how the usage line spells them ("DPT HEX").
+    // is how the usage line spells them ("DPT HEX"; unused when max is 0).
     void RequireArgs(std::size_t min, std::size_t max, const char* names) const;
     // The --bits option when given.
     bool HasBits() const;
@@ -64,6 +64,10 @@ std::uint32_t ParseBits(const std::string& text, const char* what = "--bits");
 // The group value's defined size when --bits is not given: the main number's expected size
 // when it is below 8 and one byte is given, else 8 bits per byte.
 std::uint32_t DefaultBits(std::uint16_t mainNumber, std::size_t byteCount);
+
+// Quoted and cut to 40 characters, control bytes shown as '?', so that a huge or binary
+// argument gives a readable message.
+std::string Quote(const std::string& text);
 
 // Decimal numbers with no sign, blanks or other characters, within [min, max].
 std::uint64_t ParseUnsigned(const std::string& text, std::uint64_t max, const char* what);

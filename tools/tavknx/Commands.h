@@ -24,6 +24,7 @@ void AddDptsCommand(std::vector<Command>& commands);
 void AddIdsCommand(std::vector<Command>& commands);
 void AddConfigCommand(std::vector<Command>& commands);
 void AddDemoCommand(std::vector<Command>& commands);
-// monitor and send: usage errors until they exist.
-void AddLaterCommands(std::vector<Command>& commands);
+// The live bus through knxd.
+void AddMonitorCommand(std::vector<Command>& commands);
+void AddSendCommand(std::vector<Command>& commands);
 } // namespace TavKnx

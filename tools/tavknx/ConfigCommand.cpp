@@ -77,15 +77,4 @@ void AddConfigCommand(std::vector<Command>& commands)
                         "  tavknx config ./tavapphostconfig.xml --json\n",
                         nullptr, RunConfig});
 }
-
-void AddLaterCommands(std::vector<Command>& commands)
-{
-    static const char* const help = "Not available yet: live telegrams through knxd come in a later version.\n";
-    auto notYet = [](const Invocation&) -> int {
-        throw UsageError("not available yet in this version (live telegrams through knxd come later); "
-                         "use decode, from-knx or demo");
-    };
-    commands.push_back({"monitor", "monitor", "(not available yet) decode live telegrams from knxd", help, nullptr, notYet});
-    commands.push_back({"send", "send", "(not available yet) send a telegram through knxd", help, nullptr, notYet});
-}
 } // namespace TavKnx

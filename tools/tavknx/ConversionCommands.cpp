@@ -200,7 +200,7 @@ void AddConversionCommands(std::vector<Command>& commands)
                         "front choose a DPT from the size in bits. The printed DPT is the one used.\n\n"
                         "Examples:\n"
                         "  tavknx from-knx 9.001 0c1a\n"
-                        "  tavknx from-knx 5.001 ff --json       Float 100\n"
+                        "  tavknx from-knx 5.001 ff --json       Byte 255\n"
                         "  tavknx from-knx 0.0 0c1a              the front picks a DPT for 16 bits\n",
                         AddBitsOption, RunFromKnx});
     commands.push_back({"to-knx", "to-knx DPT VALUE [--bits N]",

@@ -39,7 +39,8 @@ std::vector<Command> AllCommands()
     AddIdsCommand(commands);
     AddConfigCommand(commands);
     AddDemoCommand(commands);
-    AddLaterCommands(commands);
+    AddMonitorCommand(commands);
+    AddSendCommand(commands);
     return commands;
 }
 
@@ -141,7 +142,8 @@ int Run(int argc, char** argv)
                 PrintToolHelp(commands, std::cout);
                 return kExitDone;
             }
-            return Usage("", "expected a COMMAND (decode, check, encode, from-knx, to-knx, dpts, ids, config, demo)");
+            return Usage("", "expected a COMMAND (decode, check, encode, from-knx, to-knx, dpts, ids, config, demo, "
+                             "monitor, send)");
         }
         commandName = argv[commandIndex];
         const Command* command = nullptr;
@@ -157,7 +159,7 @@ int Run(int argc, char** argv)
             const std::string shown = commandName.size() > 40 ? commandName.substr(0, 40) + "..." : commandName;
             commandName.clear();
             return Usage("", "unknown command '" + shown + "'; expected one of decode, check, encode, from-knx, "
-                             "to-knx, dpts, ids, config, demo");
+                             "to-knx, dpts, ids, config, demo, monitor, send");
         }
 
         po::options_description options(std::string("Options of ") + command->name);

@@ -1,0 +1,256 @@
+#!/usr/bin/env bash
+# Live-bus tests of `tavknx monitor` and `tavknx send` against a private knxd (started by the
+# CTest fixture, see knxd-fixture.sh).
+# Usage: knxd-test.sh GROUP TAVKNX APDU-SENDER STATE
+set -u
+group="$1"
+tavknx="$2"
+sender="$3"
+state="$4"
+here="$(cd "$(dirname "$0")" && pwd)"
+data="$here/data"
+# The emulator, when cross-built (set by CTest).
+read -r -a runner <<<"${TAV_TEST_RUNNER:-}"
+url="local:$(cat "$state")/knx"
+tmp="$(mktemp -d)"
+failures=0
+monitor_pid=""
+cleanup() {
+  [ -n "$monitor_pid" ] && kill "$monitor_pid" 2>/dev/null
+  rm -rf "$tmp"
+}
+trap cleanup EXIT
+
+fail() {
+  echo "FAIL: $*" >&2
+  failures=$((failures + 1))
+}
+
+# Starts the monitor in the background (stdout $tmp/mon.out, stderr $tmp/mon.err) and waits
+# until it listens.
+start_monitor() {
+  "${runner[@]}" "$tavknx" monitor --url "$url" --log-level info "$@" >"$tmp/mon.out" 2>"$tmp/mon.err" &
+  monitor_pid=$!
+  for _ in $(seq 1 200); do
+    grep -q "listening to knxd" "$tmp/mon.err" && return 0
+    kill -0 "$monitor_pid" 2>/dev/null || break
+    sleep 0.05
+  done
+  fail "the monitor did not start listening: $(cat "$tmp/mon.err")"
+  return 1
+}
+
+# Waits for the monitor to end; its exit code in $monitor_code.
+wait_monitor() {
+  wait "$monitor_pid"
+  monitor_code=$?
+  monitor_pid=""
+}
+
+# Waits until the monitor has printed N lines.
+wait_lines() {
+  for _ in $(seq 1 400); do
+    [ "$(wc -l <"$tmp/mon.out")" -ge "$1" ] && return 0
+    sleep 0.05
+  done
+  fail "the monitor printed $(wc -l <"$tmp/mon.out") lines, expected $1"
+}
+
+# The monitor's lines with the time and the source address (the daemon hands those out)
+# replaced, after checking their form.
+normalized() {
+  local line
+  while IFS= read -r line; do
+    if ! [[ "$line" =~ \"time\":\"[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9]{2}:[0-9]{2}:[0-9]{2}\.[0-9]{3}Z\",\"source\":\"[0-9]+\.[0-9]+\.[0-9]+\" ]]; then
+      echo "BAD TIME OR SOURCE: $line"
+      continue
+    fi
+    sed -E 's/"time":"[^"]*","source":"[^"]*"/"time":"T","source":"S"/' <<<"$line"
+  done <"$1"
+}
+
+# compare EXPECTED-FILE ACTUAL-FILE WHAT
+compare() {
+  if ! diff -u "$1" "$2" >"$tmp/diff"; then
+    fail "$3 differs:"
+    cat "$tmp/diff" >&2
+  fi
+}
+
+tavknx_send() {
+  "${runner[@]}" "$tavknx" send --url "$url" "$@" >>"$tmp/send.out" 2>>"$tmp/send.err" \
+    || fail "tavknx send $*: exit $? $(cat "$tmp/send.err")"
+}
+
+knxtool_run() {
+  knxtool "$1" "$url" "${@:2}" >/dev/null 2>>"$tmp/knxtool.err" || fail "knxtool $*: exit $?"
+}
+
+case "$group" in
+  e2e)
+    # Telegrams from the daemon's own tools and from tavknx send, each DPT once each way.
+    start_monitor --map "$data/live-map.txt" --count 24 --timeout 60 --json || exit 1
+    knxtool_run groupswrite 1/0/1 1
+    knxtool_run groupwrite 1/0/2 80
+    knxtool_run groupwrite 1/0/3 0c 1a
+    knxtool_run groupwrite 1/0/4 2c 1e 00
+    knxtool_run groupwrite 1/0/5 1e 04 18
+    knxtool_run groupwrite 1/0/6 41 a8 00 00
+    knxtool_run groupwrite 1/0/7 48 65 6c 6c 6f 00 00 00 00 00 00 00 00 00
+    knxtool_run groupwrite 1/0/8 7c 04 1e 4c 1e 00 20 00
+    tavknx_send 1/0/1 1.001 bool:false
+    tavknx_send 1/0/2 5.001 byte:200
+    tavknx_send 1/0/3 9.001 float:21.5
+    tavknx_send 1/0/4 10.001 daytime:08:15:30/5
+    tavknx_send 1/0/5 11.001 date:1999-12-31
+    tavknx_send 1/0/6 14.068 float:-12.75
+    tavknx_send 1/0/7 16.000 "string:Grüße"
+    tavknx_send 1/0/8 19.001 datetime:2024-04-30T12:30:00
+    # A read request, its response, a group address the map does not know.
+    knxtool_run groupread 1/0/3
+    tavknx_send --read 1/0/3
+    knxtool_run groupresponse 1/0/3 0c 1a
+    knxtool_run groupwrite 2/0/0 12
+    # Refused by both paths (hour 25), refused with the calendar's exception (31 April).
+    knxtool_run groupwrite 1/0/4 39 1e 00
+    knxtool_run groupwrite 1/0/5 1f 04 18
+    # A short value on a long DPT, and bytes too few for the DPT.
+    knxtool_run groupswrite 1/0/3 1
+    knxtool_run groupwrite 1/0/8 7c 04
+    wait_monitor
+    [ "$monitor_code" = 0 ] || fail "monitor exit $monitor_code: $(cat "$tmp/mon.err")"
+    normalized "$tmp/mon.out" >"$tmp/mon.json"
+    compare "$data/live-e2e.expected.json" "$tmp/mon.json" "the monitor's output"
+    grep -v "INFO" "$tmp/mon.err" >"$tmp/mon.log"
+    compare "$data/live-e2e.expected.log" "$tmp/mon.log" "the monitor's log"
+    compare "$data/live-e2e.expected-send.json" "$tmp/send.out" "tavknx send's output"
+    ;;
+  hostile)
+    # Services that are not group values, a value longer than any DPT, long values on short
+    # DPTs: each printed, none stops the monitor.
+    long="$(printf 'ab%.0s' $(seq 1 250))"
+    start_monitor --map "$data/live-map.txt" --count 7 --timeout 60 --json || exit 1
+    "${runner[@]}" "$sender" "$url" 1 1/0/3 0300 1/0/3 00c1 1/0/3 "0080$long" 1/0/1 "0080$long" \
+      1/0/7 "0080$long" 1/0/2 0040 1/0/6 00ff >/dev/null || fail "ApduSender failed"
+    wait_monitor
+    [ "$monitor_code" = 0 ] || fail "monitor exit $monitor_code: $(cat "$tmp/mon.err")"
+    normalized "$tmp/mon.out" | sed "s/$long/LONG/" >"$tmp/mon.json"
+    compare "$data/live-hostile.expected.json" "$tmp/mon.json" "the monitor's output"
+    grep -v "INFO" "$tmp/mon.err" | sed "s/$long/LONG/" >"$tmp/mon.log"
+    compare "$data/live-hostile.expected.log" "$tmp/mon.log" "the monitor's log"
+    ;;
+  load)
+    # A burst as fast as the daemon takes it: every telegram decoded, none lost.
+    rounds=5000
+    total=$((rounds * 2))
+    start_monitor --map "$data/live-map.txt" --count "$total" --timeout 300 --json || exit 1
+    start=$(date +%s.%N)
+    "${runner[@]}" "$sender" "$url" "$rounds" 1/0/3 00800c1a 1/0/1 0081 >"$tmp/sender.out" \
+      || fail "ApduSender failed"
+    wait_monitor
+    end=$(date +%s.%N)
+    [ "$monitor_code" = 0 ] || fail "monitor exit $monitor_code: $(tail -3 "$tmp/mon.err")"
+    lines=$(wc -l <"$tmp/mon.out")
+    floats=$(grep -c '"ga":"1/0/3","kind":"write","hex":"0c1a","bits":16,"dpt":"9.1","ok":true,"ivt":3,"type":"Float","subType":0,"value":21.0,"table":{"ok":true,"ivt":3,"type":"Float","subType":0,"value":21.0}}$' "$tmp/mon.out")
+    bools=$(grep -c '"ga":"1/0/1","kind":"write","hex":"01","bits":6,"dpt":"1.1","ok":true,"ivt":2,"type":"Bool","subType":0,"value":true,"table":{"ok":true,"ivt":2,"type":"Bool","subType":0,"value":true}}$' "$tmp/mon.out")
+    [ "$lines" = "$total" ] || fail "load: $lines lines for $total telegrams"
+    [ "$floats" = "$rounds" ] || fail "load: $floats of $rounds DPT 9.001 telegrams decoded"
+    [ "$bools" = "$rounds" ] || fail "load: $bools of $rounds DPT 1.001 telegrams decoded"
+    echo "load: $(cat "$tmp/sender.out"); the monitor decoded $lines of them," \
+      "$(awk -v n="$lines" -v s="$start" -v e="$end" 'BEGIN { printf "%.0f telegrams/s (%.2f s from the first sent to the last printed)", n / (e - s), e - s }')"
+    ;;
+  interrupt)
+    # Ctrl-C ends the monitor at once, with exit 0 and every line it printed complete.
+    start_monitor --map "$data/live-map.txt" || exit 1
+    knxtool_run groupwrite 1/0/3 0c 1a
+    wait_lines 1
+    kill -INT "$monitor_pid"
+    started=$SECONDS
+    wait_monitor
+    [ "$monitor_code" = 0 ] || fail "Ctrl-C: exit $monitor_code, expected 0"
+    [ $((SECONDS - started)) -le 2 ] || fail "Ctrl-C: the monitor took $((SECONDS - started)) s to end"
+    grep -q ' 1/0/3 write 0c1a (16 bits) 9.1 codec: Float 21 \[ivt 3, sub-type 0\] | table: Float 21 \[ivt 3, sub-type 0\]$' \
+      "$tmp/mon.out" || fail "Ctrl-C: the text line is not as expected: $(cat "$tmp/mon.out")"
+    # SIGTERM likewise.
+    start_monitor || exit 1
+    kill -TERM "$monitor_pid"
+    wait_monitor
+    [ "$monitor_code" = 0 ] || fail "SIGTERM: exit $monitor_code, expected 0"
+    ;;
+  restart)
+    # The daemon goes away and comes back: the monitor says so, tries again and carries on.
+    start_monitor --map "$data/live-map.txt" --count 2 --timeout 60 --json || exit 1
+    knxtool_run groupwrite 1/0/3 0c 1a
+    wait_lines 1
+    bash "$here/knxd-fixture.sh" stop-keep "$state" || fail "could not stop knxd"
+    for _ in $(seq 1 100); do
+      grep -q "lost" "$tmp/mon.err" && break
+      sleep 0.05
+    done
+    sleep 1  # a few attempts go unanswered
+    bash "$here/knxd-fixture.sh" restart "$state" || fail "could not start knxd again"
+    for _ in $(seq 1 200); do
+      grep -q "again after" "$tmp/mon.err" && break
+      sleep 0.05
+    done
+    knxtool_run groupwrite 1/0/3 0c 33
+    wait_monitor
+    [ "$monitor_code" = 0 ] || fail "monitor exit $monitor_code: $(cat "$tmp/mon.err")"
+    normalized "$tmp/mon.out" >"$tmp/mon.json"
+    compare "$data/live-restart.expected.json" "$tmp/mon.json" "the monitor's output"
+    # The loss and the return at WARN; the attempts in between at INFO (how many depends on timing).
+    grep -v "INFO" "$tmp/mon.err" | sed -E 's/after [0-9]+ attempts?/after N attempts/' >"$tmp/mon.log"
+    compare "$data/live-restart.expected.log" "$tmp/mon.log" "the monitor's log"
+    grep -qE "^INFO  MonitorCommand.cpp:[0-9]+ Reconnect - cannot connect to knxd at '$url': .*; next attempt in [0-9]+ ms$" \
+      "$tmp/mon.err" || fail "no INFO line for a failed attempt: $(cat "$tmp/mon.err")"
+    ;;
+  errors)
+    # No daemon at the URL, bad arguments, a value the codec refuses.
+    expect_run() {
+      local want_code="$1" want_out="$2" want_err="$3"
+      shift 3
+      "${runner[@]}" "$tavknx" "$@" >"$tmp/out" 2>"$tmp/err"
+      local code=$?
+      if [ "$code" != "$want_code" ] || [ "$(cat "$tmp/out")" != "$want_out" ] || [ "$(cat "$tmp/err")" != "$want_err" ]; then
+        fail "tavknx $*: exit $code, stdout '$(cat "$tmp/out")', stderr '$(cat "$tmp/err")'"
+      fi
+    }
+    nowhere="local:$tmp/none"
+    expect_run 1 "" "tavknx monitor: cannot connect to knxd at '$nowhere': No such file or directory" \
+      monitor --url "$nowhere"
+    expect_run 1 "" "tavknx send: cannot connect to knxd at '$nowhere': No such file or directory" \
+      send --url "$nowhere" 1/0/3 9.001 float:21.5
+    expect_run 1 "" "tavknx send: cannot connect to knxd at '$nowhere': No such file or directory" \
+      send --url "$nowhere" --read 1/0/3
+    expect_run 1 '{"ok":false}' \
+      "ERROR GroupValueOkaValue.cpp:609 OkaValueToGroupValue - Value type mismatch: Expected 'Float', got 'Bool'" \
+      send --url "$url" 1/0/3 9.001 bool:true --json
+    usage() {
+      printf '%s\n%s' "tavknx $1: $2" "Try 'tavknx $1 --help'."
+    }
+    expect_run 2 "" "$(usage send "GA: expected a group address MAIN/MIDDLE/SUB (0-31/0-7/0-255) or MAIN/SUB (0-31/0-2047), got '1/8/0'")" \
+      send --url "$url" 1/8/0 9.001 float:1
+    expect_run 2 "" "$(usage send "expected GA DPT VALUE, got 2 arguments")" send --url "$url" 1/0/3 9.001
+    expect_run 2 "" "$(usage send "expected GA, got 2 arguments (first extra: '9.001')")" send --url "$url" --read 1/0/3 9.001
+    expect_run 2 "" "$(usage monitor "--count: expected a number of telegrams from 1 on, got '0'")" \
+      monitor --url "$url" --count 0
+    expect_run 2 "" "$(usage monitor "--timeout: expected a number of seconds from 1 on, got '0'")" \
+      monitor --url "$url" --timeout 0
+    expect_run 2 "" "$(usage monitor "expected no arguments, got 1 argument (first extra: 'extra')")" \
+      monitor --url "$url" extra
+    # The time-out before the count is reached: exit 1, with how many came.
+    expect_run 1 "" "tavknx monitor: time-out with 0 of 3 telegrams" monitor --url "$url" --count 3 --timeout 1
+    # A time-out without a count is the normal end.
+    expect_run 0 "" "" monitor --url "$url" --timeout 1
+    ;;
+  *)
+    echo "unknown group $group" >&2
+    exit 2
+    ;;
+esac
+
+if [ "$failures" -ne 0 ]; then
+  echo "$failures failure(s) in $group" >&2
+  exit 1
+fi
+echo "$group: passed"

@@ -49,6 +49,10 @@ struct Invocation
     std::uint32_t Bits() const;
 };
 
+// Text from outside for a message: in single quotes, cut to 40 characters (then "..."),
+// control bytes shown as '?', so that a huge or binary argument gives a readable message.
+std::string Quote(const std::string& text);
+
 // A DPT argument "main.sub" in decimal; "9" is sub 0. The size is left 0.
 KNXDPT ParseDpt(const std::string& text, const char* what = "DPT");
 std::uint32_t PackDpt(const KNXDPT& dpt);

@@ -323,10 +323,12 @@ TEST(GroupAddressMapExportTest, FindsAHeaderWithBlanksAndWithoutQuotes)
 {
     const Parsed parsed = ParseText("# exported\n"
                                     "\n"
-                                    " Group name , \"Address\" ,Central,  DatapointType\t\n"
-                                    "Kitchen , 1/1/1 ,, DPST-1-1 \n");
+                                    " Group name , \"Address\" ,Central,  \" DatapointType \"\t\n"
+                                    "Kitchen , 1/1/1 ,, DPST-1-1 \n"
+                                    "Hall,\" 1/1/2\t\", ,\" DPST-1-1 \" \n");
     EXPECT_THAT(parsed.problems, IsEmpty());
     EXPECT_EQ(DptOf(parsed.map, "1/1/1"), "1.1");
+    EXPECT_EQ(DptOf(parsed.map, "1/1/2"), "1.1");
 }
 
 TEST(GroupAddressMapExportTest, ReadsAHeaderWithoutRowsAsAnEmptyMap)

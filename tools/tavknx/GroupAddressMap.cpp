@@ -47,7 +47,8 @@ bool IsBlankOrComment(const std::string& line)
 }
 
 // The fields of one CSV line. A field in double quotes may hold the separator, and "" in it is
-// one quote; blanks around a field are dropped. Fields do not span lines.
+// one quote; blanks around a field, inside the quotes or outside, are dropped (no field we read
+// has meaningful ones). Fields do not span lines.
 struct CsvFields
 {
     std::vector<std::string> fields;  // the first ones, as many as asked for
@@ -87,7 +88,7 @@ CsvFields SplitCsv(const std::string& line, char separator, std::size_t keep)
             }
             // Anything between the closing quote and the separator is kept as written.
             end = line.find(separator, from);
-            field += Trim(line.substr(from, end == std::string::npos ? std::string::npos : end - from));
+            field = Trim(field + line.substr(from, end == std::string::npos ? std::string::npos : end - from));
         }
         else
         {

@@ -8,31 +8,8 @@
 
 namespace TavKnx
 {
-std::string Quote(const std::string& text)
-{
-    std::string shown;
-    for (char c : text.substr(0, 40))
-    {
-        const auto byte = static_cast<unsigned char>(c);
-        if (byte < 0x20 || byte == 0x7F)
-        {
-            shown += '?';
-        }
-        else
-        {
-            shown += c;
-        }
-    }
-    if (text.size() > 40)
-    {
-        shown += "...";
-    }
-    return "'" + shown + "'";
-}
-
 namespace
 {
-
 bool IsDigits(const std::string& text)
 {
     if (text.empty())
@@ -66,6 +43,28 @@ int HexDigit(char c)
     return -1;
 }
 } // namespace
+
+std::string Quote(const std::string& text)
+{
+    std::string shown;
+    for (char c : text.substr(0, 40))
+    {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 || byte == 0x7F)
+        {
+            shown += '?';
+        }
+        else
+        {
+            shown += c;
+        }
+    }
+    if (text.size() > 40)
+    {
+        shown += "...";
+    }
+    return "'" + shown + "'";
+}
 
 void Invocation::RequireArgs(std::size_t min, std::size_t max, const char* names) const
 {

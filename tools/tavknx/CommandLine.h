@@ -49,6 +49,10 @@ struct Invocation
     std::uint32_t Bits() const;
 };
 
+// Text from outside for a message: in single quotes, cut to 40 characters (then "..."),
+// control bytes shown as '?', so that a huge or binary argument gives a readable message.
+std::string Quote(const std::string& text);
+
 // A DPT argument "main.sub" in decimal; "9" is sub 0. The size is left 0.
 KNXDPT ParseDpt(const std::string& text, const char* what = "DPT");
 std::uint32_t PackDpt(const KNXDPT& dpt);
@@ -64,10 +68,6 @@ std::uint32_t ParseBits(const std::string& text, const char* what = "--bits");
 // The group value's defined size when --bits is not given: the main number's expected size
 // when it is below 8 and one byte is given, else 8 bits per byte.
 std::uint32_t DefaultBits(std::uint16_t mainNumber, std::size_t byteCount);
-
-// Quoted and cut to 40 characters, control bytes shown as '?', so that a huge or binary
-// argument gives a readable message.
-std::string Quote(const std::string& text);
 
 // Decimal numbers with no sign, blanks or other characters, within [min, max].
 std::uint64_t ParseUnsigned(const std::string& text, std::uint64_t max, const char* what);

@@ -130,6 +130,29 @@ case "$group" in
     compare "$data/live-e2e.expected.log" "$tmp/mon.log" "the monitor's log"
     compare "$data/live-e2e.expected-send.txt" "$tmp/send.out" "tavknx send's output"
     ;;
+  map)
+    # Both map formats: the same telegrams decoded through each; malformed lines reported with
+    # their line numbers and skipped, the good lines used.
+    for map in map-simple.txt map-export.csv map-export-comma.csv map-malformed.txt map-export-malformed.csv; do
+      start_monitor --map "$data/$map" --count 5 --timeout 60 --json || exit 1
+      knxtool_run groupswrite 1/1/1 1
+      knxtool_run groupwrite 1/2/1 80
+      knxtool_run groupwrite 2/0/3 0c 1a
+      knxtool_run groupwrite 3/0/1 07
+      knxtool_run groupwrite 2/0/5 01
+      wait_monitor
+      [ "$monitor_code" = 0 ] || fail "$map: monitor exit $monitor_code: $(cat "$tmp/mon.err")"
+      normalized "$tmp/mon.out" >"$tmp/mon.json"
+      compare "$data/live-map.$map.expected.json" "$tmp/mon.json" "the monitor's output with $map"
+      grep -v "listening to knxd" "$tmp/mon.err" | sed "s|$data/||" >"$tmp/mon.log"
+      compare "$data/live-map.$map.expected.log" "$tmp/mon.log" "the monitor's log with $map"
+    done
+    # A map that cannot be read is bad usage, before any connection.
+    "${runner[@]}" "$tavknx" monitor --url "$url" --map "$tmp/missing.txt" >"$tmp/out" 2>"$tmp/err"
+    code=$?
+    [ "$code" = 2 ] && grep -qF -- "tavknx monitor: --map: cannot read map file '$tmp/missing.txt'" "$tmp/err" ||
+      fail "missing map: exit $code, stderr $(cat "$tmp/err")"
+    ;;
   hostile)
     # Services that are not group values, a value longer than any DPT, long values on short
     # DPTs: each printed, none stops the monitor.

@@ -55,13 +55,16 @@ void PrintToolHelp(const std::vector<Command>& commands, std::ostream& out)
     out << "\n" << CommonOptions() << "\n"
         << "DPT is MAIN.SUB in decimal (9.001 = 9.1), HEX the group value's bytes (0c1a),\n"
         << "VALUE is TYPE:TEXT (float:21.5, bool:true, date:2024-04-30, time:12:30:00/1, string:Hi).\n"
-        << "Exit codes: 0 done, 1 the library refused, 2 bad usage, 3 an exception left the library.\n\n"
+        << "Exit codes: 0 done, 1 the library refused (monitor, send: or knxd could not be reached),\n"
+        << "2 bad usage, 3 an exception left the library.\n\n"
         << "Examples:\n"
         << "  tavknx decode 9.001 0c1a\n"
         << "  tavknx from-knx 1.001 01 --json\n"
         << "  tavknx encode 9.001 float:21.5\n"
         << "  tavknx ids describe 100101\n"
-        << "  tavknx demo\n";
+        << "  tavknx demo\n"
+        << "  tavknx monitor --map groups.txt           live telegrams through knxd\n"
+        << "  tavknx send 2/0/3 9.001 float:21.5\n";
 }
 
 void PrintCommandHelp(const Command& command, const po::options_description& options, std::ostream& out)

@@ -200,24 +200,28 @@ case "$group" in
     grep -q ' 1/0/3 write 0c1a (16 bits) 9.1 codec: Float 21 \[ivt 3, sub-type 0\] | table: Float 21 \[ivt 3, sub-type 0\]$' \
       "$tmp/mon.out" || fail "Ctrl-C: the text line is not as expected: $(cat "$tmp/mon.out")"
     # A reader that goes away ends the monitor too (at the next line it cannot write).
-    "${runner[@]}" "$tavknx" monitor --url "$url" --log-level info 2>"$tmp/mon.err" | head -n 1 >"$tmp/head.out" &
-    pipeline=$!
+    mkfifo "$tmp/pipe"
+    head -n 1 <"$tmp/pipe" >"$tmp/head.out" &
+    "${runner[@]}" "$tavknx" monitor --url "$url" --log-level info >"$tmp/pipe" 2>"$tmp/mon.err" &
+    monitor_pid=$!
     for _ in $(seq 1 200); do
       grep -q "listening to knxd" "$tmp/mon.err" && break
       sleep 0.05
     done
-    knxtool_run groupwrite 1/0/3 0c 1a
-    knxtool_run groupwrite 1/0/3 0c 1a
-    knxtool_run groupwrite 1/0/3 0c 1a
+    for _ in 1 2 3; do
+      knxtool_run groupwrite 1/0/3 0c 1a
+    done
     for _ in $(seq 1 100); do
-      kill -0 "$pipeline" 2>/dev/null || break
+      kill -0 "$monitor_pid" 2>/dev/null || break
       sleep 0.05
     done
-    if kill -0 "$pipeline" 2>/dev/null; then
+    if kill -0 "$monitor_pid" 2>/dev/null; then
       fail "closed stdout: the monitor is still running"
-      pkill -f "monitor --url $url" || true
+    else
+      wait_monitor
+      [ "$monitor_code" = 0 ] || fail "closed stdout: exit $monitor_code, expected 0"
     fi
-    wait "$pipeline"
+    wait
     [ "$(wc -l <"$tmp/head.out")" = 1 ] || fail "closed stdout: the reader got $(wc -l <"$tmp/head.out") lines"
     # SIGTERM likewise.
     start_monitor || exit 1

@@ -29,10 +29,12 @@ fail() {
 # Starts the monitor in the background (stdout $tmp/mon.out, stderr $tmp/mon.err) and waits
 # until it listens.
 start_monitor() {
+  # A fresh log, so that the wait below cannot see an earlier monitor's line.
+  rm -f "$tmp/mon.out" "$tmp/mon.err"
   "${runner[@]}" "$tavknx" monitor --url "$url" --log-level info "$@" >"$tmp/mon.out" 2>"$tmp/mon.err" &
   monitor_pid=$!
   for _ in $(seq 1 200); do
-    grep -q "listening to knxd" "$tmp/mon.err" && return 0
+    grep -qs "listening to knxd" "$tmp/mon.err" && return 0
     kill -0 "$monitor_pid" 2>/dev/null || break
     sleep 0.05
   done
@@ -202,10 +204,12 @@ case "$group" in
     # A reader that goes away ends the monitor too (at the next line it cannot write).
     mkfifo "$tmp/pipe"
     head -n 1 <"$tmp/pipe" >"$tmp/head.out" &
+    head_pid=$!
+    rm -f "$tmp/mon.err"
     "${runner[@]}" "$tavknx" monitor --url "$url" --log-level info >"$tmp/pipe" 2>"$tmp/mon.err" &
     monitor_pid=$!
     for _ in $(seq 1 200); do
-      grep -q "listening to knxd" "$tmp/mon.err" && break
+      grep -qs "listening to knxd" "$tmp/mon.err" && break
       sleep 0.05
     done
     for _ in 1 2 3; do
@@ -217,11 +221,13 @@ case "$group" in
     done
     if kill -0 "$monitor_pid" 2>/dev/null; then
       fail "closed stdout: the monitor is still running"
+      kill "$monitor_pid"
+      monitor_pid=""
     else
       wait_monitor
       [ "$monitor_code" = 0 ] || fail "closed stdout: exit $monitor_code, expected 0"
     fi
-    wait
+    wait "$head_pid"
     [ "$(wc -l <"$tmp/head.out")" = 1 ] || fail "closed stdout: the reader got $(wc -l <"$tmp/head.out") lines"
     # SIGTERM likewise.
     start_monitor || exit 1

@@ -299,6 +299,10 @@ case "$group" in
       monitor --url "$url" --timeout 0
     expect_run 2 "" "$(usage monitor "expected no arguments, got 1 argument (first extra: 'extra')")" \
       monitor --url "$url" extra
+    expect_run 2 "" "$(usage monitor "--url: expected local:/PATH or ip:HOST[:PORT], got 'foo:bar'")" \
+      monitor --url foo:bar
+    expect_run 2 "" "$(usage send "--url: expected local:/PATH or ip:HOST[:PORT], got 'local:'")" \
+      send --url local: --read 1/0/3
     # The time-out before the count is reached: exit 1, with how many came.
     expect_run 1 "" "tavknx monitor: time-out with 0 of 3 telegrams" monitor --url "$url" --count 3 --timeout 1
     # A time-out without a count is the normal end.

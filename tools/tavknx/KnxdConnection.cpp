@@ -78,7 +78,9 @@ bool KnxdConnection::Receive(std::chrono::milliseconds wait, GroupTelegram& tele
     {
         throw KnxdError("connection to knxd at '" + url_ + "' lost: " + ErrnoText(errno));
     }
-    telegram = ParseGroupTelegram(source, destination, apdu, static_cast<std::size_t>(length));
+    // A longer packet is cut to the buffer; never trust the length beyond what was copied.
+    const auto copied = static_cast<std::size_t>(length < kMaxApdu ? length : kMaxApdu);
+    telegram = ParseGroupTelegram(source, destination, apdu, copied);
     return true;
 }
 

@@ -3,6 +3,7 @@
 #include "Commands.h"
 #include "GroupAddressMap.h"
 #include "KnxdConnection.h"
+#include "KnxdUrl.h"
 #include "StopSignal.h"
 #include "TelegramReport.h"
 
@@ -24,7 +25,6 @@ namespace
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-const char* const kDefaultUrl = "local:/run/knx";
 // Waits are short so that Ctrl-C and the time-out are seen at once.
 constexpr milliseconds kLongestWait{200};
 // Reconnecting: the first attempt comes soon, then the pause doubles up to this bound.
@@ -38,18 +38,12 @@ log4cplus::Logger MonitorLogger()
 
 void AddMonitorOptions(po::options_description& options)
 {
+    AddKnxdUrlOption(options);
     options.add_options()
-        ("url", po::value<std::string>()->value_name("URL"),
-         "knxd to connect to: local:/PATH or ip:HOST[:PORT] (default local:/run/knx)")
         ("map", po::value<std::string>()->value_name("FILE"),
          "group address to DPT map: 'GA;DPT' lines, or the commissioning software's CSV export")
         ("count", po::value<std::string>()->value_name("N"), "stop after N telegrams")
         ("timeout", po::value<std::string>()->value_name("SECONDS"), "stop after SECONDS");
-}
-
-std::string Url(const Invocation& invocation)
-{
-    return invocation.options.count("url") ? invocation.options["url"].as<std::string>() : kDefaultUrl;
 }
 
 GroupAddressMap LoadMap(const Invocation& invocation)
@@ -91,7 +85,7 @@ class Monitor
 {
 public:
     Monitor(const Invocation& invocation, const GroupAddressMap& map)
-        : invocation_(invocation), url_(Url(invocation)), reporter_(map)
+        : invocation_(invocation), url_(KnxdUrl(invocation)), reporter_(map)
     {
         if (invocation.options.count("count"))
         {

@@ -4,6 +4,7 @@
 #include "GroupTelegram.h"
 #include "KnxAddress.h"
 #include "KnxdConnection.h"
+#include "KnxdUrl.h"
 #include "Output.h"
 #include "StopSignal.h"
 #include "ValueArgument.h"
@@ -22,9 +23,8 @@ namespace
 {
 void AddSendOptions(po::options_description& options)
 {
+    AddKnxdUrlOption(options);
     options.add_options()
-        ("url", po::value<std::string>()->value_name("URL"),
-         "knxd to connect to: local:/PATH or ip:HOST[:PORT] (default local:/run/knx)")
         ("read", "send a read request to GA instead of a write");
 }
 
@@ -39,10 +39,8 @@ std::uint16_t GroupAddressArgument(const std::string& text)
     return *address;
 }
 
-int Send(const Invocation& invocation, std::uint16_t groupAddress, const std::vector<std::uint8_t>& apdu)
+int Send(const std::string& url, std::uint16_t groupAddress, const std::vector<std::uint8_t>& apdu)
 {
-    const std::string url =
-        invocation.options.count("url") ? invocation.options["url"].as<std::string>() : "local:/run/knx";
     InstallStopHandlers();
     try
     {
@@ -59,11 +57,12 @@ int Send(const Invocation& invocation, std::uint16_t groupAddress, const std::ve
 
 int RunSend(const Invocation& invocation)
 {
+    const std::string url = KnxdUrl(invocation);
     if (invocation.options.count("read"))
     {
         invocation.RequireArgs(1, 1, "GA");
         const std::uint16_t groupAddress = GroupAddressArgument(invocation.args[0]);
-        const int code = Send(invocation, groupAddress, MakeReadApdu());
+        const int code = Send(url, groupAddress, MakeReadApdu());
         if (code == kExitDone)
         {
             const std::string ga = FormatGroupAddress(groupAddress);
@@ -84,7 +83,7 @@ int RunSend(const Invocation& invocation)
         PrintRefusal(FormatDpt(dpt), invocation.json, invocation.Out());
         return kExitRefused;
     }
-    const int code = Send(invocation, groupAddress, MakeWriteApdu(*groupValue));
+    const int code = Send(url, groupAddress, MakeWriteApdu(*groupValue));
     if (code == kExitDone)
     {
         const KnxStack::BinaryData& raw = groupValue->GetRawData();

@@ -44,12 +44,6 @@ KnxStack::GroupValue MakeGroupValue(const Telegram& telegram)
         KnxStack::BinaryData(telegram.bytes.data(), static_cast<unsigned int>(telegram.bytes.size())), telegram.bits);
 }
 
-std::vector<std::uint8_t> BytesOf(const KnxStack::GroupValue& value)
-{
-    const KnxStack::BinaryData& raw = value.GetRawData();
-    return std::vector<std::uint8_t>(raw.GetData(), raw.GetData() + raw.GetSize());
-}
-
 int RunDecode(const Invocation& invocation)
 {
     const Telegram telegram = ReadTelegram(invocation);
@@ -94,8 +88,7 @@ int RunEncode(const Invocation& invocation)
         PrintRefusal(FormatDpt(dpt), invocation.json, invocation.Out());
         return kExitRefused;
     }
-    PrintGroupValueResult(FormatDpt(dpt), BytesOf(*groupValue), groupValue->GetDefinedSize(), invocation.json,
-                          invocation.Out());
+    PrintGroupValueResult(FormatDpt(dpt), *groupValue, invocation.json, invocation.Out());
     return kExitDone;
 }
 
@@ -142,8 +135,7 @@ int RunToKnx(const Invocation& invocation)
         PrintRefusal(FormatDpt(dpt), invocation.json, invocation.Out());
         return kExitRefused;
     }
-    PrintGroupValueResult(FormatDpt(dpt), BytesOf(groupValue), groupValue.GetDefinedSize(), invocation.json,
-                          invocation.Out());
+    PrintGroupValueResult(FormatDpt(dpt), groupValue, invocation.json, invocation.Out());
     return kExitDone;
 }
 

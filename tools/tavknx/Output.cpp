@@ -257,19 +257,31 @@ void PrintValueResult(const std::string& dpt, const OKAVALUE& value, bool json, 
     }
 }
 
-void PrintGroupValueResult(const std::string& dpt, const std::vector<std::uint8_t>& bytes, std::uint32_t bits,
-                           bool json, std::ostream& out)
+std::vector<std::uint8_t> BytesOf(const KnxStack::GroupValue& value)
 {
-    const std::string hex = FormatHex(bytes);
-    if (json)
-    {
-        out << JsonObject().Add("ok", true).Add("dpt", dpt).Add("hex", hex).Add("bits", static_cast<std::uint64_t>(bits)).Str()
-            << "\n";
-    }
-    else
-    {
-        out << dpt << ": " << (hex.empty() ? "(no bytes)" : hex) << " (" << bits << " bits)\n";
-    }
+    const KnxStack::BinaryData& raw = value.GetRawData();
+    return std::vector<std::uint8_t>(raw.GetData(), raw.GetData() + raw.GetSize());
+}
+
+JsonObject GroupValueResultJson(const std::string& dpt, const KnxStack::GroupValue& value)
+{
+    JsonObject object;
+    object.Add("ok", true)
+        .Add("dpt", dpt)
+        .Add("hex", FormatHex(BytesOf(value)))
+        .Add("bits", static_cast<std::uint64_t>(value.GetDefinedSize()));
+    return object;
+}
+
+std::string GroupValueResultText(const std::string& dpt, const KnxStack::GroupValue& value)
+{
+    const std::string hex = FormatHex(BytesOf(value));
+    return dpt + ": " + (hex.empty() ? "(no bytes)" : hex) + " (" + std::to_string(value.GetDefinedSize()) + " bits)";
+}
+
+void PrintGroupValueResult(const std::string& dpt, const KnxStack::GroupValue& value, bool json, std::ostream& out)
+{
+    out << (json ? GroupValueResultJson(dpt, value).Str() : GroupValueResultText(dpt, value)) << "\n";
 }
 
 void PrintRefusal(const std::string& dpt, bool json, std::ostream& out)

@@ -1,5 +1,6 @@
 #pragma once
 // Results on stdout: one line of text for people, or with --json one JSON object per line.
+#include <platform/GroupValue.h>
 #include <platform/KnxDpt.h>
 #include <platform/OkaValue.h>
 
@@ -43,9 +44,16 @@ std::string DescribeValue(const OKAVALUE& value);
 // The payload alone: "21.5", "true", "\"text\"", "2024-04-30", "12:30:00 weekday 1".
 std::string ValueText(const OKAVALUE& value);
 
+// The group value's raw bytes, all of them.
+std::vector<std::uint8_t> BytesOf(const KnxStack::GroupValue& value);
+
+// A group value result: {"ok":true,"dpt":"9.1","hex":"0c1a","bits":16}, or "9.1: 0c1a (16 bits)".
+// Commands that say more (send) add their fields to these.
+JsonObject GroupValueResultJson(const std::string& dpt, const KnxStack::GroupValue& value);
+std::string GroupValueResultText(const std::string& dpt, const KnxStack::GroupValue& value);
+
 // Conversion results, printed the same way by every command.
 void PrintValueResult(const std::string& dpt, const OKAVALUE& value, bool json, std::ostream& out);
-void PrintGroupValueResult(const std::string& dpt, const std::vector<std::uint8_t>& bytes, std::uint32_t bits,
-                           bool json, std::ostream& out);
+void PrintGroupValueResult(const std::string& dpt, const KnxStack::GroupValue& value, bool json, std::ostream& out);
 void PrintRefusal(const std::string& dpt, bool json, std::ostream& out);
 } // namespace TavKnx

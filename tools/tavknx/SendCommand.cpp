@@ -86,26 +86,11 @@ int RunSend(const Invocation& invocation)
     const int code = Send(url, groupAddress, MakeWriteApdu(*groupValue));
     if (code == kExitDone)
     {
-        const KnxStack::BinaryData& raw = groupValue->GetRawData();
-        const std::string hex = FormatHex(std::vector<std::uint8_t>(raw.GetData(), raw.GetData() + raw.GetSize()));
         const std::string ga = FormatGroupAddress(groupAddress);
-        if (invocation.json)
-        {
-            invocation.Out() << JsonObject()
-                                    .Add("ok", true)
-                                    .Add("dpt", FormatDpt(dpt))
-                                    .Add("hex", hex)
-                                    .Add("bits", groupValue->GetDefinedSize())
-                                    .Add("ga", ga)
-                                    .Add("kind", "write")
-                                    .Str()
-                             << "\n";
-        }
-        else
-        {
-            invocation.Out() << ga << " write " << FormatDpt(dpt) << ": " << hex << " ("
-                             << groupValue->GetDefinedSize() << " bits)\n";
-        }
+        invocation.Out() << (invocation.json
+                                 ? GroupValueResultJson(FormatDpt(dpt), *groupValue).Add("ga", ga).Add("kind", "write").Str()
+                                 : ga + " write " + GroupValueResultText(FormatDpt(dpt), *groupValue))
+                         << "\n";
     }
     return code;
 }

@@ -52,8 +52,7 @@ std::vector<std::uint8_t> ValueBytes(const GroupTelegram& telegram)
         // No group value: the whole APDU is what there is to show.
         return telegram.kind == TelegramKind::Read ? std::vector<std::uint8_t>() : telegram.apdu;
     }
-    const KnxStack::BinaryData& raw = telegram.value.GetRawData();
-    return std::vector<std::uint8_t>(raw.GetData(), raw.GetData() + raw.GetSize());
+    return BytesOf(telegram.value);
 }
 
 unsigned ValueBits(const GroupTelegram& telegram)

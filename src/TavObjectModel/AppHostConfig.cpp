@@ -3,6 +3,7 @@
 #include <TavObjectModel/Backtrace.h>
 #include <TavObjectModel/Utilities.h>
 #include <TavObjectModel/XmlNesting.h>
+#include <TavObjectModel/detail/LogFiles.h>
 #include <platform/Logging.h>
 
 #include <boost/filesystem/path.hpp>
@@ -14,16 +15,18 @@
 
 // "[prefix] <function> - text" for callers that name themselves; without a prefix the line
 // is "<function> - text" with the back-trace, so that an anonymous caller can be found.
-#define TAV_LOG_LOAD_ERROR(logger, prefix, text)                                                          \
+#define TAV_LOG_LOAD_ERROR(logger, prefix, line, text)                                                      \
     do                                                                                                    \
     {                                                                                                     \
         if ((prefix).empty())                                                                             \
         {                                                                                                 \
-            TAV_LOG(logger, log4cplus::ERROR_LOG_LEVEL, text << ::Okaro::FormatBacktraceSuffix());        \
+            TAV_LOG_AT(logger, log4cplus::ERROR_LOG_LEVEL, ::Okaro::LogFile::AppHostConfig, line,         \
+                       text << ::Okaro::FormatBacktraceSuffix());                                         \
         }                                                                                                 \
         else                                                                                              \
         {                                                                                                 \
-            TAV_LOG_FN(logger, log4cplus::ERROR_LOG_LEVEL, "[" << (prefix) << "] " << __func__, text);     \
+            TAV_LOG_FROM(logger, log4cplus::ERROR_LOG_LEVEL, "[" << (prefix) << "] " << __func__,          \
+                         ::Okaro::LogFile::AppHostConfig, line, text);                                    \
         }                                                                                                 \
     } while (false)
 
@@ -39,7 +42,7 @@ void LogReadFailure(const log4cplus::Logger& logger, const char* reason, int lin
     if (logger.isEnabledFor(log4cplus::ERROR_LOG_LEVEL))
     {
         logger.forcedLog(log4cplus::ERROR_LOG_LEVEL, std::string("Failed to read configuration file: ") + reason,
-                         SourceBaseName(__FILE__), line);
+                         LogFile::AppHostConfig, line);
     }
 }
 
@@ -85,13 +88,13 @@ void AppHostConfiguration::LoadConfigurationFile(const boost::filesystem::path& 
     if (!text)
     {
         // Boost.Filesystem quotes the path and escapes '"' and '&' with '&'.
-        TAV_LOG_LOAD_ERROR(logger, logPrefix, "App host config file cannot be read from: " << file);
+        TAV_LOG_LOAD_ERROR(logger, logPrefix, 88, "App host config file cannot be read from: " << file);
         return;
     }
     text->push_back('\0');
     if (!LoadAppHostConfigXML(text->data(), logger))
     {
-        TAV_LOG_LOAD_ERROR(logger, logPrefix, "Falling back to standard configuration.");
+        TAV_LOG_LOAD_ERROR(logger, logPrefix, 94, "Falling back to standard configuration.");
     }
 }
 
@@ -99,12 +102,12 @@ bool AppHostConfiguration::LoadAppHostConfigXML(char* text, const log4cplus::Log
 {
     if (::strnlen(text, MaxTextSize + 1) > MaxTextSize)
     {
-        LogReadFailure(logger, "text is larger than 1048576 bytes", __LINE__);
+        LogReadFailure(logger, "text is larger than 1048576 bytes", 102);
         return false;
     }
     if (XmlNestingDepth(text, MaxNestingDepth) > MaxNestingDepth)
     {
-        LogReadFailure(logger, "elements are nested deeper than 64 levels", __LINE__);
+        LogReadFailure(logger, "elements are nested deeper than 64 levels", 107);
         return false;
     }
     // The document holds a 64 KiB pool: too much for the small stacks of some callers.
@@ -115,7 +118,7 @@ bool AppHostConfiguration::LoadAppHostConfigXML(char* text, const log4cplus::Log
     }
     catch (const rapidxml::parse_error& error)
     {
-        LogReadFailure(logger, error.what(), __LINE__);
+        LogReadFailure(logger, error.what(), 118);
         return false;
     }
 

@@ -1,6 +1,7 @@
 #include <TavObjectModel/DscAsyncRequestMessenger.h>
 
 #include <TavObjectModel/Backtrace.h>
+#include <TavObjectModel/detail/LogFiles.h>
 #include <platform/Logging.h>
 
 #include <boost/date_time/posix_time/posix_time_io.hpp>
@@ -92,7 +93,7 @@ void DscAsyncRequestMessenger::OnResponse(Lumo::IDeviceStackClient&, const std::
 {
     if (error.GetCode() != 0)
     {
-        TAV_LOG_FN_LINE(logger, log4cplus::ERROR_LOG_LEVEL, "OnResponse", 275,
+        TAV_LOG_FROM(logger, log4cplus::ERROR_LOG_LEVEL, "OnResponse", LogFile::DscAsyncRequestMessenger, 275,
                         ErrorHead(requestId, error)
                             << "; response: " << response << FormatBacktraceSuffix());
     }
@@ -104,7 +105,7 @@ void DscAsyncRequestMessenger::OnRegisterApplication(Lumo::IDeviceStackClient&, 
 {
     if (error.GetCode() != 0)
     {
-        TAV_LOG_FN_LINE(logger, log4cplus::ERROR_LOG_LEVEL, "OnRegisterApplication", 286,
+        TAV_LOG_FROM(logger, log4cplus::ERROR_LOG_LEVEL, "OnRegisterApplication", LogFile::DscAsyncRequestMessenger, 286,
                         ErrorHead(requestId, error) << FormatBacktraceSuffix());
     }
     UpdateDocketList(requestId, std::string(), error);
@@ -116,7 +117,7 @@ void DscAsyncRequestMessenger::OnGetConfiguration(Lumo::IDeviceStackClient&, con
 {
     if (error.GetCode() != 0)
     {
-        TAV_LOG_FN_LINE(logger, log4cplus::ERROR_LOG_LEVEL, "OnGetConfiguration", 297,
+        TAV_LOG_FROM(logger, log4cplus::ERROR_LOG_LEVEL, "OnGetConfiguration", LogFile::DscAsyncRequestMessenger, 297,
                         ErrorHead(requestId, error)
                             << "; config: " << configuration << FormatBacktraceSuffix());
     }
@@ -128,7 +129,7 @@ void DscAsyncRequestMessenger::OnSetConfiguration(Lumo::IDeviceStackClient&, con
 {
     if (error.GetCode() != 0)
     {
-        TAV_LOG_FN_LINE(logger, log4cplus::ERROR_LOG_LEVEL, "OnSetConfiguration", 332,
+        TAV_LOG_FROM(logger, log4cplus::ERROR_LOG_LEVEL, "OnSetConfiguration", LogFile::DscAsyncRequestMessenger, 332,
                         ErrorHead(requestId, error) << FormatBacktraceSuffix());
     }
     UpdateDocketList(requestId, std::string(), error);
@@ -140,7 +141,7 @@ void DscAsyncRequestMessenger::OnGetValue(Lumo::IDeviceStackClient&, const std::
 {
     if (error.GetCode() != 0)
     {
-        TAV_LOG_FN_LINE(logger, log4cplus::ERROR_LOG_LEVEL, "OnGetValue", 309,
+        TAV_LOG_FROM(logger, log4cplus::ERROR_LOG_LEVEL, "OnGetValue", LogFile::DscAsyncRequestMessenger, 309,
                         ErrorHead(requestId, error) << "; id: " << id << "; urn: " << urn
                                                                << "; value: " << value << FormatBacktraceSuffix());
     }
@@ -153,7 +154,7 @@ void DscAsyncRequestMessenger::OnSetValue(Lumo::IDeviceStackClient&, const std::
 {
     if (error.GetCode() != 0)
     {
-        TAV_LOG_FN_LINE(logger, log4cplus::ERROR_LOG_LEVEL, "OnSetValue", 321,
+        TAV_LOG_FROM(logger, log4cplus::ERROR_LOG_LEVEL, "OnSetValue", LogFile::DscAsyncRequestMessenger, 321,
                         ErrorHead(requestId, error) << "; id: " << id << "; urn: " << urn
                                                                << "; value: " << value << FormatBacktraceSuffix());
     }
@@ -168,12 +169,12 @@ void DscAsyncRequestMessenger::UpdateDocketList(const std::string& requestId, co
     if (entry == dockets.end())
     {
         // Late answers and answers nobody asked to see end here; routine, hence DEBUG.
-        TAV_LOG(logger, log4cplus::DEBUG_LOG_LEVEL, "No docket for response ID '" << requestId << "'");
+        TAV_LOG_AT(logger, log4cplus::DEBUG_LOG_LEVEL, LogFile::DscAsyncRequestMessenger, 171, "No docket for response ID '" << requestId << "'");
         return;
     }
     if (error.GetCode() != 0)
     {
-        TAV_LOG(logger, log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(logger, log4cplus::ERROR_LOG_LEVEL, LogFile::DscAsyncRequestMessenger, 176,
                 "Request " << requestId << ": Error '" << error.GetMessage() << "'" << FormatBacktraceSuffix());
     }
     Docket answer(reply, error.GetMessage(), error.GetCode() == 0, true);
@@ -225,7 +226,7 @@ boost::unique_lock<boost::mutex> DscAsyncRequestMessenger::LockRequests(const ch
     boost::unique_lock<boost::mutex> requestLock(requestMutex, boost::try_to_lock);
     if (!requestLock.owns_lock())
     {
-        TAV_LOG_FN(logger, log4cplus::DEBUG_LOG_LEVEL, function,
+        TAV_LOG_FROM(logger, log4cplus::DEBUG_LOG_LEVEL, function, LogFile::DscAsyncRequestMessenger, 228,
                    "Running SynchronizeRequest concurrently (this log entry is temporarily here for debugging)");
         requestLock.lock();
     }
@@ -250,7 +251,7 @@ Docket DscAsyncRequestMessenger::SynchronizeRequest(Send send, const boost::posi
             return *docket;
         }
     }
-    TAV_LOG(logger, log4cplus::WARN_LOG_LEVEL,
+    TAV_LOG_AT(logger, log4cplus::WARN_LOG_LEVEL, LogFile::DscAsyncRequestMessenger, 253,
             "Maximum number of retries (" << static_cast<std::uint32_t>(attempts - 1u) << ") reached.");
     return Docket();
 }
@@ -302,7 +303,7 @@ bool DscAsyncRequestMessenger::WaitForAnswer(const std::string& requestId,
     {
         return true;
     }
-    TAV_LOG(logger, log4cplus::WARN_LOG_LEVEL,
+    TAV_LOG_AT(logger, log4cplus::WARN_LOG_LEVEL, LogFile::DscAsyncRequestMessenger, 305,
             "Timeout (" << effectiveTimeout << ") occured for request ID '" << requestId << "'");
     return false;
 }

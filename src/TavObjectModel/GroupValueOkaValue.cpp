@@ -5,6 +5,7 @@
 #include <TavObjectModel/KnxValueConverter.h>
 #include <TavObjectModel/Utilities.h>
 #include <platform/KnxDpt.h>
+#include <TavObjectModel/detail/LogFiles.h>
 #include <platform/Logging.h>
 #include <platform/TextEncoding.h>
 #include <platform/TimeOfDay.h>
@@ -129,7 +130,7 @@ boost::optional<OKAVALUE> DecodeTimeOfDay(const GroupValue& value, OkaValueType 
         TavApp::TimeOfDay::Create(hour, minute, second, static_cast<TavApp::DayOfWeek>(day));
     if (!timeOfDay)
     {
-        TAV_LOG_FN(GetGlobalDefaultLogger(), log4cplus::WARN_LOG_LEVEL, kDecodeFunction,
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), log4cplus::WARN_LOG_LEVEL, kDecodeFunction, LogFile::GroupValueOkaValue, 132,
                    "Received invalid DPT 10 time of day: " << hour << ":" << minute << ":" << second
                                                            << " " << static_cast<unsigned>(day));
         return boost::none;
@@ -155,7 +156,7 @@ boost::optional<OKAVALUE> DecodeDate(const GroupValue& value, OkaValueType ivt)
     const BinaryData& raw = value.GetRawData();
     if (raw.GetSize() != 3)
     {
-        TAV_LOG_FN(GetGlobalDefaultLogger(), log4cplus::WARN_LOG_LEVEL, kDecodeFunction,
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), log4cplus::WARN_LOG_LEVEL, kDecodeFunction, LogFile::GroupValueOkaValue, 158,
                    "Received an invalid DPT 11.001 date from the KNX: Length in bytes is "
                        << raw.GetSize() << ", expected 3");
         return boost::none;
@@ -163,7 +164,7 @@ boost::optional<OKAVALUE> DecodeDate(const GroupValue& value, OkaValueType ivt)
     const unsigned yearByte = raw.GetUInt8Value(2);
     if (yearByte > 99)
     {
-        TAV_LOG_FN(GetGlobalDefaultLogger(), log4cplus::WARN_LOG_LEVEL, kDecodeFunction,
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), log4cplus::WARN_LOG_LEVEL, kDecodeFunction, LogFile::GroupValueOkaValue, 166,
                    "Received an invalid DPT 11.001 date from the KNX: Year " << yearByte
                                                                              << " is out of range (0-99)");
         return boost::none;
@@ -175,7 +176,7 @@ boost::optional<OKAVALUE> DecodeDate(const GroupValue& value, OkaValueType ivt)
     value.GetAsDate(&day, &month, &year);
     if (year < 1990 || year > 2089 || month < 1 || month > 12 || day < 1 || day > 31)
     {
-        TAV_LOG_FN(GetGlobalDefaultLogger(), log4cplus::WARN_LOG_LEVEL, kDecodeFunction,
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), log4cplus::WARN_LOG_LEVEL, kDecodeFunction, LogFile::GroupValueOkaValue, 178,
                    "Received an invalid DPT 11.001 date from the KNX: " << year << "-" << month << "-"
                                                                         << day);
         return boost::none;
@@ -314,7 +315,7 @@ boost::optional<GroupValue> EncodeUnsigned16(const OKAVALUE& value, const Packed
     std::uint32_t number = value.numeric.dword;
     if (number > 65535u)
     {
-        TAV_LOG_FN(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, kEncodeFunction,
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, kEncodeFunction, LogFile::GroupValueOkaValue, 317,
                    "Value out of range: " << number << " (DPT " << dpt.main << ")");
         number = 65535u;
     }
@@ -328,7 +329,7 @@ boost::optional<GroupValue> EncodeSigned16(const OKAVALUE& value, const PackedDp
     std::int32_t number = value.numeric.integer;
     if (number < -32768 || number > 32767)
     {
-        TAV_LOG_FN(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, kEncodeFunction,
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, kEncodeFunction, LogFile::GroupValueOkaValue, 331,
                    "Value out of range: " << number << " (DPT " << 8 << ")");
         number = number < 0 ? -32768 : 32767;
     }
@@ -356,7 +357,7 @@ boost::optional<GroupValue> EncodeTimeOfDay(const OKAVALUE& value, const PackedD
     const auto timeOfDay = TavApp::TimeOfDay::FromOkaTime(time);
     if (!timeOfDay)
     {
-        TAV_LOG_FN(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, kEncodeFunction,
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, kEncodeFunction, LogFile::GroupValueOkaValue, 359,
                    "Could not convert OKATIME "
                        << time.year << " " << static_cast<unsigned>(time.month) << " "
                        << static_cast<unsigned>(time.day) << " " << static_cast<unsigned>(time.hour) << " "
@@ -377,7 +378,7 @@ boost::optional<GroupValue> EncodeDate(const OKAVALUE& value, const PackedDpt&)
     const OKATIME& time = value.numeric.time;
     if (!OKATIME::IsValidDate(time.year, time.month, time.day))
     {
-        TAV_LOG_FN(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, kEncodeFunction,
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, kEncodeFunction, LogFile::GroupValueOkaValue, 380,
                    "Not a valid date: " << time.year << " " << static_cast<unsigned>(time.month) << " "
                                         << static_cast<unsigned>(time.day) << " ");
         return boost::none;
@@ -426,7 +427,7 @@ boost::optional<GroupValue> EncodeString14(const OKAVALUE& value, const PackedDp
     const std::size_t length = value.text.length();
     if (!utf8::is_valid(bytes, bytes + length))
     {
-        TAV_LOG_FN(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, kEncodeFunction,
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, kEncodeFunction, LogFile::GroupValueOkaValue, 429,
                    "Got OKAVALUE that contains a non-UTF8 string");
         return boost::none;
     }
@@ -553,7 +554,7 @@ bool CheckGroupValue(const KnxStack::GroupValue& value, unsigned long packedDpt)
     const PackedDpt packed(packedDpt);
     // Not const: the converter front writes a default DPT into it when main is 0.
     KNXDPT dpt{static_cast<std::uint8_t>(value.GetDefinedSize()), packed.main, packed.sub};
-    TAV_LOG(GetGlobalDefaultLogger(), log4cplus::DEBUG_LOG_LEVEL,
+    TAV_LOG_AT(GetGlobalDefaultLogger(), log4cplus::DEBUG_LOG_LEVEL, LogFile::GroupValueOkaValue, 556,
             "DPT is " << dpt.main << "." << dpt.sub << " with bit size " << static_cast<unsigned>(dpt.size));
 
     KnxValueConverter converter;
@@ -570,12 +571,12 @@ boost::optional<OKAVALUE> GroupValueToOkaValue(const KnxStack::GroupValue& value
     const OkaValueType ivt = KnxLdsMapping::GetIvtFromDpt(dpt.packed);
     if (ivt == ivtEmpty)
     {
-        TAV_LOG(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, "Unsupported DPT: " << dpt);
+        TAV_LOG_AT(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, LogFile::GroupValueOkaValue, 573, "Unsupported DPT: " << dpt);
         return boost::none;
     }
     if (!CheckGroupValue(value, dpt.packed))
     {
-        TAV_LOG(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, LogFile::GroupValueOkaValue, 578,
                 "Received invalid value " << value.GetRawData().ToString() << " for DPT " << dpt);
         return boost::none;
     }
@@ -592,7 +593,7 @@ boost::optional<OKAVALUE> GroupValueToOkaValue(const KnxStack::GroupValue& value
     catch (const KnxStack::GroupValueException&)
     {
         // A truncated telegram that the validity check let through.
-        TAV_LOG(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, LogFile::GroupValueOkaValue, 595,
                 "Received invalid value " << value.GetRawData().ToString() << " for DPT " << dpt);
         return boost::none;
     }
@@ -606,7 +607,7 @@ boost::optional<KnxStack::GroupValue> OkaValueToGroupValue(const OKAVALUE& value
     const OkaValueType expected = KnxLdsMapping::GetIvtFromDpt(dpt.packed);
     if (expected != value.type)
     {
-        TAV_LOG(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, LogFile::GroupValueOkaValue, 609,
                 "Value type mismatch: Expected '" << OKAVALUE::GetNameFromValueType(expected) << "', got '"
                                                   << OKAVALUE::GetNameFromValueType(value.type) << "'");
         return boost::none;
@@ -615,7 +616,7 @@ boost::optional<KnxStack::GroupValue> OkaValueToGroupValue(const OKAVALUE& value
     const Encoder encode = FindEncoder(dpt);
     if (encode == nullptr)
     {
-        TAV_LOG(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(GetGlobalDefaultLogger(), log4cplus::ERROR_LOG_LEVEL, LogFile::GroupValueOkaValue, 618,
                 "Value type " << dpt.main << " not supported (dwDPT=" << dpt.packed << " with value='"
                               << static_cast<std::int32_t>(value.type) << " -> " << value.ToString() << "').");
         return boost::none;

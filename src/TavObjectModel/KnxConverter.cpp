@@ -1,6 +1,7 @@
 #include <TavObjectModel/KnxConverter.h>
 
 #include <TavObjectModel/Utilities.h>
+#include <TavObjectModel/detail/LogFiles.h>
 #include <platform/Logging.h>
 #include <platform/TimeOfDay.h>
 
@@ -34,14 +35,14 @@ constexpr std::uint16_t kFloat16InvalidRaw = 0x7FFF;
 
 void TraceToKnx(const KNXDPT& dpt, const OKAVALUE& value)
 {
-    TAV_LOG_FN(Log(), log4cplus::DEBUG_LOG_LEVEL, "ToKnxValue",
+    TAV_LOG_FROM(Log(), log4cplus::DEBUG_LOG_LEVEL, "ToKnxValue", LogFile::KnxConverter, 37,
                "DPT is used. DPT = " << dpt.main << "." << dpt.sub << " ivt=" << value.type
                                      << " val=" << value.ToString());
 }
 
 void TraceFromKnx(const KNXDPT& dpt, const KnxStack::GroupValue& in)
 {
-    TAV_LOG_FN(Log(), log4cplus::DEBUG_LOG_LEVEL, "FromKnxValue",
+    TAV_LOG_FROM(Log(), log4cplus::DEBUG_LOG_LEVEL, "FromKnxValue", LogFile::KnxConverter, 44,
                "DPT is used. DPT = " << dpt.main << "." << dpt.sub << " grp.size=" << in.GetDefinedSize()
                                      << " grp.val=" << in.GetRawData().ToString());
 }
@@ -49,7 +50,7 @@ void TraceFromKnx(const KNXDPT& dpt, const KnxStack::GroupValue& in)
 // "Wrong oka value type (ivtByte) or DPT main number (5.x)!"
 bool RefuseValueTypeOrMain(const char* valueTypeName, const char* dptText)
 {
-    TAV_LOG_FN(Log(), log4cplus::ERROR_LOG_LEVEL, "ToKnxValue",
+    TAV_LOG_FROM(Log(), log4cplus::ERROR_LOG_LEVEL, "ToKnxValue", LogFile::KnxConverter, 52,
                "Wrong oka value type (" << valueTypeName << ") or DPT main number (" << dptText << ")!");
     return false;
 }
@@ -57,7 +58,7 @@ bool RefuseValueTypeOrMain(const char* valueTypeName, const char* dptText)
 // "Wrong DPT main number (13.x) or oka value type (ivtInteger)!"
 bool RefuseMainOrValueType(const char* dptText, const char* valueTypeName)
 {
-    TAV_LOG_FN(Log(), log4cplus::ERROR_LOG_LEVEL, "ToKnxValue",
+    TAV_LOG_FROM(Log(), log4cplus::ERROR_LOG_LEVEL, "ToKnxValue", LogFile::KnxConverter, 60,
                "Wrong DPT main number (" << dptText << ") or oka value type (" << valueTypeName << ")!");
     return false;
 }
@@ -65,7 +66,7 @@ bool RefuseMainOrValueType(const char* dptText, const char* valueTypeName)
 // "Wrong DPT main number (7.x)!"
 bool RefuseMain(const char* dptText)
 {
-    TAV_LOG_FN(Log(), log4cplus::ERROR_LOG_LEVEL, "FromKnxValue", "Wrong DPT main number (" << dptText << ")!");
+    TAV_LOG_FROM(Log(), log4cplus::ERROR_LOG_LEVEL, "FromKnxValue", LogFile::KnxConverter, 68, "Wrong DPT main number (" << dptText << ")!");
     return false;
 }
 
@@ -167,7 +168,7 @@ void BasicIntegerRange<Bound>::CalculateScaleFactor()
     const std::int64_t internalWidth = Width(internalMinimum_, internalMaximum_);
     if (internalWidth == 0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 170,
                 "Failed to calculate the scale factor because of invalid internal range [" << internalMinimum_ << ", "
                                                                                             << internalMaximum_ << "].");
         return;
@@ -175,7 +176,7 @@ void BasicIntegerRange<Bound>::CalculateScaleFactor()
     const std::int64_t externalWidth = Width(externalMinimum_, externalMaximum_);
     if (externalWidth == 0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 178,
                 "Failed to calculate the scale factor because of invalid external range [" << externalMinimum_ << ", "
                                                                                             << externalMaximum_ << "].");
         return;
@@ -185,7 +186,7 @@ void BasicIntegerRange<Bound>::CalculateScaleFactor()
     {
         // Cannot happen with two non-zero integer widths; kept as a guard.
         scaleFactor_ = 1.0;
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 188,
                 "Failed to calculate the scale factor because of invalid internal range ["
                     << internalMinimum_ << ", " << internalMaximum_ << "] or because of invalid external range ["
                     << externalMinimum_ << ", " << externalMaximum_ << "].");
@@ -263,14 +264,14 @@ void FloatRange::CalculateScaleFactor()
     const double outerWidth = std::max(externalMinimum_, externalMaximum_) - std::min(externalMinimum_, externalMaximum_);
     if (innerWidth == 0.0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 266,
                 "Failed to calculate the scale factor because of invalid double range [" << minimum_ << ", " << maximum_
                                                                                           << "].");
         return;
     }
     if (outerWidth == 0.0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 273,
                 "Failed to calculate the scale factor because of invalid external range [" << externalMinimum_ << ", "
                                                                                             << externalMaximum_ << "].");
         return;
@@ -279,7 +280,7 @@ void FloatRange::CalculateScaleFactor()
     if (scaleFactor_ == 0.0)
     {
         scaleFactor_ = 1.0;
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 282,
                 "Failed to calculate the scale factor because of invalid double range ["
                     << minimum_ << ", " << maximum_ << "] or because invalid external range [" << externalMinimum_
                     << ", " << externalMaximum_ << "].");
@@ -345,7 +346,7 @@ void FloatIntegerRange::CalculateScaleFactor()
     const double doubleWidth = doubleMaximum_ - doubleMinimum_;
     if (doubleWidth == 0.0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 348,
                 "Failed to calculate the scale factor because of invalid double range [" << doubleMinimum_ << ", "
                                                                                           << doubleMaximum_ << "].");
         return;
@@ -353,7 +354,7 @@ void FloatIntegerRange::CalculateScaleFactor()
     const std::int64_t integerWidth = Width(integerMinimum_, integerMaximum_);
     if (integerWidth == 0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 356,
                 "Failed to calculate the scale factor because of invalid integer range [" << integerMinimum_ << ", "
                                                                                            << integerMaximum_ << "].");
         return;
@@ -362,7 +363,7 @@ void FloatIntegerRange::CalculateScaleFactor()
     if (scaleFactor_ == 0.0)
     {
         scaleFactor_ = 1.0;
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 365,
                 "Failed to calculate the scale factor because of invalid double range ["
                     << doubleMinimum_ << ", " << doubleMaximum_ << "] or because invalid integer range ["
                     << integerMinimum_ << ", " << integerMaximum_ << "].");
@@ -463,7 +464,7 @@ bool KnxConverterDefault::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, K
         unsigned int length = 1;
         if (!OkaValueToByteArray(value, bytes, length))
         {
-            TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "OkaValueToByteArray failed. DPT=" << dpt.main << "." << dpt.sub);
+            TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 466, "OkaValueToByteArray failed. DPT=" << dpt.main << "." << dpt.sub);
             return false;
         }
         out.SetAsUnsigned8(bytes[0]);
@@ -487,7 +488,7 @@ bool KnxConverterDefault::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, K
     unsigned int length = (byteSize == 0 || byteSize > kBufferSize - 1) ? kBufferSize : byteSize;
     if (!OkaValueToByteArray(value, bytes, length))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 490,
                 "OkaValueToByteArray failed. DPT=" << dpt.main << "." << dpt.sub << " data size =" << length);
         return false;
     }
@@ -515,7 +516,7 @@ bool KnxConverterDefault::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupV
         return true;
     }
     out.Reset(ivtEmpty);
-    TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+    TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 518,
             "ByteArrayToOkaValue failed. DPT=" << dpt.main << "." << dpt.sub << " data size =" << count);
     return false;
 }
@@ -579,7 +580,7 @@ bool KnxConverter4Bit::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, KnxS
     }
     if (value.numeric.byte >= 16)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 582,
                 "Value out of raw range [0..15]: " << static_cast<unsigned int>(value.numeric.byte));
         return false;
     }
@@ -611,7 +612,7 @@ bool KnxConverter8BitString::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value
     const char character = latin1.empty() ? '\0' : latin1[0];
     if (dpt.sub == 1 && static_cast<unsigned char>(character) >= 0x80)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 614,
                 "Value out of raw range [0..127] for DPT 4.001: " << static_cast<int>(static_cast<signed char>(character)));
         return false;
     }
@@ -629,7 +630,7 @@ bool KnxConverter8BitString::FromKnxValue(const KNXDPT& dpt, const KnxStack::Gro
     const unsigned int raw = in.GetAsUnsigned8();
     if (dpt.sub == 1 && (raw & 0x80) != 0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Value out of raw range [0..127] for DPT 4.001: " << raw);
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 632, "Value out of raw range [0..127] for DPT 4.001: " << raw);
         return false;
     }
     out.type = ivtString;
@@ -661,7 +662,7 @@ bool KnxConverterByte8BitUnsigned::ToKnxValue(const KNXDPT& dpt, const OKAVALUE&
     // Refuses the bytes inside the range, the opposite of FromKnxValue; kept as deployed.
     if (range_.IsInRange(value.numeric.byte))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 664,
                 "Value out of raw range [0..254] for DPT 5.006: " << static_cast<unsigned int>(value.numeric.byte));
         return false;
     }
@@ -676,7 +677,7 @@ bool KnxConverterByte8BitUnsigned::FromKnxValue(const KNXDPT& dpt, const KnxStac
     const unsigned int raw = in.GetAsUnsigned8();
     if (!range_.IsInRange(raw))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 679,
                 "Value out of raw range " << range_ << " for DPT " << dpt.main << "." << dpt.sub << "; value was "
                                           << raw);
         return false;
@@ -724,7 +725,7 @@ bool KnxConverterStatus8Bit::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value
     const unsigned int mode = out.GetAsUnsigned3();
     if (!IsSingleModeBit(mode))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 727,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", f=" << RawCharacter(mode)
                                              << " is out of the allowed range.");
         return false;
@@ -742,7 +743,7 @@ bool KnxConverterStatus8Bit::FromKnxValue(const KNXDPT& dpt, const KnxStack::Gro
     const unsigned int mode = static_cast<unsigned int>(in.GetAsSigned8() & 7);
     if (!IsSingleModeBit(mode))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 745,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", f=" << RawCharacter(mode)
                                              << " is out of the allowed range.");
         return false;
@@ -824,7 +825,7 @@ bool KnxConverterFloat16BitFloat::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& 
     const double x = value.numeric.real;
     if (!range_.IsInRange(x))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 827,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", f=" << x
                                              << " is out of the allowed range.");
         return false;
@@ -846,7 +847,7 @@ bool KnxConverterFloat16BitFloat::FromKnxValue(const KNXDPT& dpt, const KnxStack
     out.numeric.real = x;  // stored even when refused below; the type is the caller's
     if (!range_.IsInRange(x))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 849,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", f=" << x
                                              << " is out of the allowed range.");
         return false;
@@ -867,7 +868,7 @@ bool KnxConverterTimeOfDay::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value,
     const boost::optional<TavApp::TimeOfDay> timeOfDay = TavApp::TimeOfDay::FromOkaTime(time);
     if (!timeOfDay)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 870,
                 "Could not convert OKATIME "
                     << time.year << " " << static_cast<unsigned int>(time.month) << " "
                     << static_cast<unsigned int>(time.day) << " " << static_cast<unsigned int>(time.hour) << " "
@@ -894,7 +895,7 @@ bool KnxConverterTimeOfDay::FromKnxValue(const KNXDPT& dpt, const KnxStack::Grou
     constexpr std::uint8_t kReservedBits = 0xC0;
     if ((raw.GetUInt8Value(1) & kReservedBits) != 0 || (raw.GetUInt8Value(2) & kReservedBits) != 0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "No valid TimeOfDay datagram, reserved fields ar not zero!");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 897, "No valid TimeOfDay datagram, reserved fields ar not zero!");
         return false;
     }
     int hour = 0;
@@ -906,7 +907,7 @@ bool KnxConverterTimeOfDay::FromKnxValue(const KNXDPT& dpt, const KnxStack::Grou
         TavApp::TimeOfDay::Create(hour, minute, second, static_cast<TavApp::DayOfWeek>(day));
     if (!timeOfDay)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "No valid TimeOfDay (10.001)!");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 909, "No valid TimeOfDay (10.001)!");
         return false;
     }
     // A time of day on the placeholder date 2000-01-01, marked as such by kind 1.
@@ -937,7 +938,7 @@ bool KnxConverterDate::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, KnxS
     // The wire holds two digits of the year: 1990..2089.
     if (static_cast<std::uint16_t>(time.year - 1990) > 99)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 940,
                 "Cannot convert the date outside of the range [1990...2089]: year="
                     << time.year << ", month=" << RawCharacter(time.month) << ", day=" << RawCharacter(time.day));
         return false;
@@ -958,7 +959,7 @@ bool KnxConverterDate::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupValu
     constexpr std::uint32_t kReservedBits = 0xE0F080;
     if ((in.GetRawData().GetUInt24Value(0) & kReservedBits) != 0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "No valid Date datagram, reserved fields ar not zero!");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 961, "No valid Date datagram, reserved fields ar not zero!");
         return false;
     }
     int day = 0;
@@ -968,7 +969,7 @@ bool KnxConverterDate::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupValu
     if (!OKATIME::IsValidDate(static_cast<std::uint16_t>(year), static_cast<std::uint8_t>(month),
                               static_cast<std::uint8_t>(day)))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 971,
                 "Cannot convert invalid date: year=" << year << ", month=" << month << ", day=" << day);
         return false;
     }
@@ -986,7 +987,7 @@ bool KnxConverterDateTime::ToKnxValue(const KNXDPT& /*dpt*/, const OKAVALUE& val
     const OKATIME& time = value.numeric.time;
     if (time.year < 1900 || time.year > 2155)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 989,
                 "Cannot convert the date outside of the range [1990...2089]: year=" << time.year);
         return false;
     }
@@ -1016,7 +1017,7 @@ bool KnxConverterDateTime::FromKnxValue(const KNXDPT& /*dpt*/, const KnxStack::G
     const auto second = static_cast<std::uint8_t>(raw.GetUInt8Value(5) & 0x3F);
     if (!OKATIME::IsValidDate(year, month, day) || !OKATIME::IsValidTime(hour, minute, second))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1019,
                 "Cannot convert invalid date and time: year="
                     << year << ", month=" << static_cast<unsigned int>(month)
                     << ", day=" << static_cast<unsigned int>(day) << ", hour=" << static_cast<unsigned int>(hour)
@@ -1037,13 +1038,13 @@ bool KnxConverterInteger32BitUnsigned::ToKnxValue(const KNXDPT& dpt, const OKAVA
     TraceToKnx(dpt, value);
     if (value.type != ivtDWord)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Wrong oka value type (ivtDWord)!");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1040, "Wrong oka value type (ivtDWord)!");
         return false;
     }
     const std::uint32_t dword = value.numeric.dword;
     if (!range_.IsInRange(dword))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1046,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", ivt=" << value.type
                                              << " is out of range: " << dword << "!");
         return false;
@@ -1059,7 +1060,7 @@ bool KnxConverterInteger32BitUnsigned::FromKnxValue(const KNXDPT& dpt, const Knx
     const std::uint32_t raw = in.GetAsUnsigned32();
     if (!range_.IsInRange(raw))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1062,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", ivt=" << out.type
                                              << " is out of range: " << raw << "!");
         return false;
@@ -1082,7 +1083,7 @@ bool KnxConverterInteger32BitSigned::ToKnxValue(const KNXDPT& dpt, const OKAVALU
     const std::int32_t v = value.numeric.integer;
     if (!range_.IsInRange(v))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1085,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", ivt=" << value.type
                                              << " is out of range: " << v << "!");
         return false;
@@ -1107,7 +1108,7 @@ bool KnxConverterInteger32BitSigned::FromKnxValue(const KNXDPT& dpt, const KnxSt
     const std::int32_t raw = in.GetAsSigned32();
     if (!range_.IsInRange(raw))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1110,
                 "The group value of DPT=" << dpt.main << "." << dpt.sub << " is out of range: " << raw << "!");
         return false;
     }
@@ -1194,7 +1195,7 @@ bool KnxConverter14ByteString::FromKnxValue(const KNXDPT& dpt, const KnxStack::G
     }
     if (kept.size() != utf8.size())
     {
-        TAV_LOG(Log(), log4cplus::INFO_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::INFO_LOG_LEVEL, LogFile::KnxConverter, 1197,
                 "Invalid characters for DPT " << dpt.main << "." << dpt.sub << " has been replaced with _.");
     }
     out.type = ivtString;
@@ -1214,7 +1215,7 @@ bool KnxConverterSceneNumber::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& valu
     const std::int32_t scene = value.numeric.integer;
     if (!range_.IsInRange(scene))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Scene number is out of range (>63) for SceneNumber: " << scene);
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1217, "Scene number is out of range (>63) for SceneNumber: " << scene);
         return false;
     }
     out.SetAsUnsigned8(static_cast<unsigned char>(scene));
@@ -1232,7 +1233,7 @@ bool KnxConverterSceneNumber::FromKnxValue(const KNXDPT& dpt, const KnxStack::Gr
     out.numeric.integer = static_cast<std::int32_t>(raw);  // stored even when refused below
     if (!range_.IsInRange(raw))
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Scene number is out of range (>63) for SceneNumber: " << raw);
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1235, "Scene number is out of range (>63) for SceneNumber: " << raw);
         return false;
     }
     out.type = ivtByte;
@@ -1246,13 +1247,13 @@ bool KnxConverterSceneControl::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& val
     TraceToKnx(dpt, value);
     if (dpt.main != 18 || dpt.sub != 1 || value.type != ivtByte)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Wrong DPT for Scene number (18.001) or oka value type (ivtByte).");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1249, "Wrong DPT for Scene number (18.001) or oka value type (ivtByte).");
         return false;
     }
     const unsigned int scene = value.numeric.byte & 0x7Fu;
     if (scene >= 64)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL,
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1255,
                 "Scene number is out of range (>63) for SceneControl: " << RawCharacter(scene));
         return false;
     }
@@ -1265,13 +1266,13 @@ bool KnxConverterSceneControl::FromKnxValue(const KNXDPT& dpt, const KnxStack::G
     TraceFromKnx(dpt, in);
     if (dpt.main != 18 || dpt.sub != 1)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Wrong DPT for Scene number, only 18.001 is valid.");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1268, "Wrong DPT for Scene number, only 18.001 is valid.");
         return false;
     }
     const unsigned char raw = in.GetAsUnsigned8();
     if ((raw & 0x40) != 0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Reserved bit is used for scene number in DPT scene control!");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1274, "Reserved bit is used for scene number in DPT scene control!");
         return false;
     }
     out.numeric.byte = raw;  // the type is the caller's
@@ -1285,12 +1286,12 @@ bool KnxConverterSceneInfo::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value,
     TraceToKnx(dpt, value);
     if (dpt.main != 26 || dpt.sub != 1 || value.type != ivtByte)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Wrong DPT for Scene number (26.001) or oka value type (ivtByte).");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1288, "Wrong DPT for Scene number (26.001) or oka value type (ivtByte).");
         return false;
     }
     if ((value.numeric.byte & 0x80) != 0)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Reserved bit 8 is set for SceneInfo; skipped.");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1293, "Reserved bit 8 is set for SceneInfo; skipped.");
         return false;
     }
     out.SetAsUnsigned8(value.numeric.byte);
@@ -1302,14 +1303,14 @@ bool KnxConverterSceneInfo::FromKnxValue(const KNXDPT& dpt, const KnxStack::Grou
     TraceFromKnx(dpt, in);
     if (dpt.main != 26 || dpt.sub != 1)
     {
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Wrong DPT for Scene number, only 26.001 is valid.");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1305, "Wrong DPT for Scene number, only 26.001 is valid.");
         return false;
     }
     const unsigned char raw = in.GetAsUnsigned8();
     if ((raw & 0x80) != 0)
     {
         // The scene-control text, shared on purpose.
-        TAV_LOG(Log(), log4cplus::ERROR_LOG_LEVEL, "Reserved bit is used for scene number in DPT scene control!");
+        TAV_LOG_AT(Log(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1312, "Reserved bit is used for scene number in DPT scene control!");
         return false;
     }
     out.numeric.byte = raw;  // the type is the caller's

@@ -4,6 +4,7 @@
 
 #include <TavObjectModel/DptValueTable.h>
 
+#include <TavObjectModel/detail/LogFiles.h>
 #include <platform/Logging.h>
 
 #include <memory>
@@ -138,7 +139,7 @@ const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
     const SubMap* found = FindSubMap(dpt.main);
     if (found == nullptr)
     {
-        TAV_LOG(GetGlobalDefaultLogger(), kError, "No Entry found for DPT = " << DptText{dpt});
+        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 141, "No Entry found for DPT = " << DptText{dpt});
         return GetNoEntryRecord();
     }
     const SubMap& subEntries = *found;
@@ -149,7 +150,7 @@ const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
     }
     if (dpt.sub == 0)
     {
-        TAV_LOG(GetGlobalDefaultLogger(), kError, "No Entry found for DPT = " << DptText{dpt});
+        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 152, "No Entry found for DPT = " << DptText{dpt});
         return GetNoEntryRecord();
     }
     const auto wildcard = subEntries.find(0);
@@ -157,7 +158,7 @@ const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
     {
         return wildcard->second;
     }
-    TAV_LOG(GetGlobalDefaultLogger(), kError,
+    TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 160,
             "No Entry found for DPT = " << static_cast<unsigned int>(dpt.main) << ".x");
     return GetNoEntryRecord();
 }
@@ -231,7 +232,7 @@ void KnxValueConverter::FillDptValueMap()
         if (!AddDptValueMapEntry(row.mainNumber, row.subNumber, row.bitSize, row.valueType, row.valueSubType,
                                  *converter))
         {
-            TAV_LOG(GetGlobalDefaultLogger(), kError, "Add DPT value map entry failed. DPT=" << row.text);
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 234, "Add DPT value map entry failed. DPT=" << row.text);
         }
     }
 }
@@ -257,7 +258,7 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
             }
             if (dpt.main == 0)
             {
-                TAV_LOG(GetGlobalDefaultLogger(), kError,
+                TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 260,
                         "Convert from KNX value failed. Missing DPT. GroupValue = "
                             << groupValue.GetRawData().ToString());
                 return false;
@@ -268,8 +269,8 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
         if (entry.GetValueType() == ivtEmpty)
         {
             // Unknown DPTs are passed through as valid rather than dropped.
-            TAV_LOG(GetGlobalDefaultLogger(), kError, "No Entry found for DPT = " << DptText{dpt});
-            TAV_LOG(GetGlobalDefaultLogger(), kError, "Assume validity and accept value!");
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 271, "No Entry found for DPT = " << DptText{dpt});
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 272, "Assume validity and accept value!");
             value.type = ivtEmpty;
             return true;
         }
@@ -304,7 +305,7 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
         }
         if (sizeIsWrong)
         {
-            TAV_LOG(GetGlobalDefaultLogger(), kError,
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 307,
                     "Failed to convert a GroupValue for DPT " << DptText{dpt} << " because of unexpected bit size: "
                                                               << actual << ", expected: " << expected);
             return false;
@@ -313,12 +314,12 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
         const KnxConverter* converter = entry.GetConverter();
         if (converter == nullptr)
         {
-            TAV_LOG(GetGlobalDefaultLogger(), kError, "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 316, "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
             return false;
         }
         if (!converter->FromKnxValue(dpt, *input, value))
         {
-            TAV_LOG(GetGlobalDefaultLogger(), kError,
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 321,
                     "Convert from KNX value failed for DPT = " << DptText{dpt} << " GroupValue = "
                                                                << groupValue.GetRawData().ToString());
             return false;
@@ -327,7 +328,7 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
     }
     catch (const KnxStack::GroupValueException& exception)
     {
-        TAV_LOG(GetGlobalDefaultLogger(), kError,
+        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 330,
                 "Exception caught during conversion of GroupValue: " << exception.what() << "(DPT: " << DptText{dpt}
                                                                       << ", Value: " << value.ToString() << ")");
         return false;
@@ -346,7 +347,7 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
             }
             if (dpt.main == 0)
             {
-                TAV_LOG(GetGlobalDefaultLogger(), kError,
+                TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 349,
                         "Convert to KNX value failed. Missing DPT. val = " << value.ToString());
                 return false;
             }
@@ -355,15 +356,15 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
         const DptValueEntry& entry = GetEntry(dpt);
         if (entry.GetValueType() == ivtEmpty)
         {
-            TAV_LOG(GetGlobalDefaultLogger(), kError, "No Entry found for DPT = " << DptText{dpt});
-            TAV_LOG(GetGlobalDefaultLogger(), kError, "Assume validity and accept value!");
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 358, "No Entry found for DPT = " << DptText{dpt});
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 359, "Assume validity and accept value!");
             return true;
         }
 
         // A value of type 0 (invalid) goes to the converter unchecked.
         if (value.type != 0 && !AreValueTypesCompatible(value.type, entry.GetValueType()))
         {
-            TAV_LOG(GetGlobalDefaultLogger(), kError,
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 366,
                     "Invalid value type found for DPT = " << DptText{dpt}
                                                           << " val.ivt=" << static_cast<std::int32_t>(value.type));
             return false;
@@ -372,12 +373,12 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
         const KnxConverter* converter = entry.GetConverter();
         if (converter == nullptr)
         {
-            TAV_LOG(GetGlobalDefaultLogger(), kError, "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 375, "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
             return false;
         }
         if (!converter->ToKnxValue(dpt, value, groupValue))
         {
-            TAV_LOG(GetGlobalDefaultLogger(), kError,
+            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 380,
                     "Convert to KNX value failed for DPT = " << DptText{dpt} << " val = " << value.ToString());
             return false;
         }
@@ -385,7 +386,7 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
     }
     catch (const KnxStack::GroupValueException& exception)
     {
-        TAV_LOG(GetGlobalDefaultLogger(), kError,
+        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 388,
                 "Exception caught during conversion of OKAVALUE to GroupValue: " << exception.what());
         return false;
     }

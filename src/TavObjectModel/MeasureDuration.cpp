@@ -1,5 +1,8 @@
 #include <Tav/MeasureDuration.h>
 
+#include <TavObjectModel/detail/LogFiles.h>
+#include <platform/Logging.h>
+
 #include <utility>
 
 namespace Okaro
@@ -32,7 +35,7 @@ MeasureDuration::~MeasureDuration()
     {
         if (!thresholdMode_)
         {
-            TAV_LOG_FN(logger_, log4cplus::DEBUG_LOG_LEVEL, "~MeasureDuration", message_ << FormatTimes(timer_.elapsed()));
+            TAV_LOG_FROM(logger_, log4cplus::DEBUG_LOG_LEVEL, "~MeasureDuration", LogFile::MeasureDuration, 35, message_ << FormatTimes(timer_.elapsed()));
             return;
         }
         const boost::timer::cpu_times elapsed = timer_.elapsed();
@@ -40,7 +43,7 @@ MeasureDuration::~MeasureDuration()
         {
             return;
         }
-        TAV_LOG_FN(logger_, log4cplus::INFO_LOG_LEVEL, "~MeasureDuration", message_ << FormatTimes(elapsed));
+        TAV_LOG_FROM(logger_, log4cplus::INFO_LOG_LEVEL, "~MeasureDuration", LogFile::MeasureDuration, 43, message_ << FormatTimes(elapsed));
     }
     catch (...)
     {

@@ -1,5 +1,6 @@
 #include <TavObjectModel/RequestMessengerDeviceStack.h>
 
+#include <TavObjectModel/detail/LogFiles.h>
 #include <platform/Logging.h>
 
 #include <cmath>
@@ -88,7 +89,7 @@ void RemoteRequestMessengerDeviceStack::EnableInternalValueFormat()
 {
     client.SetInternalValueFormat(true);
     internalValueFormat.store(true);
-    TAV_LOG(GetGlobalDefaultLogger(), log4cplus::DEBUG_LOG_LEVEL, "Internal value format now enabled.");
+    TAV_LOG_AT(GetGlobalDefaultLogger(), log4cplus::DEBUG_LOG_LEVEL, LogFile::RequestMessengerDeviceStack, 91, "Internal value format now enabled.");
 }
 
 // Switching back is routine and not logged.

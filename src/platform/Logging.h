@@ -26,8 +26,14 @@ constexpr const char* SourceBaseName(const char* path)
 }
 } // namespace Okaro
 
-// TAV_LOG(logger, log4cplus::ERROR_LOG_LEVEL, "text " << value);
-#define TAV_LOG_FN_LINE(logger, level, function, line, text)                                       \
+// A log event names its origin explicitly: the file name it is reported under and its line
+// there. Integrators grep for both and tests pin them, so they are declared at the event and do
+// not follow the code when it moves between files. The line is the event's number within its
+// origin: existing events keep the numbers they were first published with, new ones take a free
+// number of their own.
+//
+// TAV_LOG_AT(logger, log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 909, "text " << value);
+#define TAV_LOG_FROM(logger, level, function, file, line, text)                                    \
     do                                                                                             \
     {                                                                                              \
         const log4cplus::Logger& tavLogger_ = (logger);                                            \
@@ -35,9 +41,15 @@ constexpr const char* SourceBaseName(const char* path)
         {                                                                                          \
             std::ostringstream tavStream_;                                                         \
             tavStream_ << function << " - " << text;                                               \
-            tavLogger_.forcedLog(level, tavStream_.str(), ::Okaro::SourceBaseName(__FILE__), line); \
+            tavLogger_.forcedLog(level, tavStream_.str(), (file), (line));                         \
         }                                                                                          \
     } while (false)
 
-#define TAV_LOG_FN(logger, level, function, text) TAV_LOG_FN_LINE(logger, level, function, __LINE__, text)
-#define TAV_LOG(logger, level, text) TAV_LOG_FN_LINE(logger, level, __func__, __LINE__, text)
+#define TAV_LOG_AT(logger, level, file, line, text) TAV_LOG_FROM(logger, level, __func__, file, line, text)
+
+// For events whose origin is simply where they are written (tests, scratch tools): the file's own
+// base name and line.
+#define TAV_LOG(logger, level, text)                                                               \
+    TAV_LOG_FROM(logger, level, __func__, ::Okaro::SourceBaseName(__FILE__), __LINE__, text)
+#define TAV_LOG_FN_LINE(logger, level, function, line, text)                                       \
+    TAV_LOG_FROM(logger, level, function, ::Okaro::SourceBaseName(__FILE__), line, text)

@@ -31,6 +31,12 @@ constexpr milliseconds kLongestWait{200};
 constexpr milliseconds kFirstRetry{100};
 constexpr milliseconds kLongestRetry{5000};
 
+namespace LogFile
+{
+// The monitor's events keep their published origin wherever its code sits.
+constexpr char MonitorCommand[] = "MonitorCommand.cpp";
+} // namespace LogFile
+
 log4cplus::Logger MonitorLogger()
 {
     return log4cplus::Logger::getInstance("tavknx.monitor");
@@ -65,7 +71,7 @@ GroupAddressMap LoadMap(const Invocation& invocation)
     }
     for (const MapProblem& problem : problems)
     {
-        TAV_LOG(MonitorLogger(), log4cplus::WARN_LOG_LEVEL,
+        TAV_LOG_AT(MonitorLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MonitorCommand, 68,
                 "map '" << file << "' line " << problem.line << " skipped: " << problem.message);
     }
     return map;
@@ -120,7 +126,7 @@ public:
             return kExitRefused;
         }
         // Scripts wait for this line before they put telegrams on the bus.
-        TAV_LOG(MonitorLogger(), log4cplus::INFO_LOG_LEVEL, "listening to knxd at '" << url_ << "'");
+        TAV_LOG_AT(MonitorLogger(), log4cplus::INFO_LOG_LEVEL, LogFile::MonitorCommand, 123, "listening to knxd at '" << url_ << "'");
         while (!StopRequested() && !Done() && Clock::now() < deadline_)
         {
             if (connection_)
@@ -156,7 +162,7 @@ private:
         }
         catch (const KnxdError& error)
         {
-            TAV_LOG(MonitorLogger(), log4cplus::WARN_LOG_LEVEL,
+            TAV_LOG_AT(MonitorLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MonitorCommand, 159,
                     error.what() << "; trying again, at most every " << kLongestRetry.count() / 1000 << " s");
             connection_.reset();
             retry_ = kFirstRetry;
@@ -179,14 +185,14 @@ private:
         try
         {
             connection_ = std::make_unique<KnxdConnection>(url_, false);
-            TAV_LOG(MonitorLogger(), log4cplus::WARN_LOG_LEVEL,
+            TAV_LOG_AT(MonitorLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MonitorCommand, 182,
                     "connected to knxd at '" << url_ << "' again after " << attempts_ << " attempt"
                                              << (attempts_ == 1 ? "" : "s"));
         }
         catch (const KnxdError& error)
         {
             retry_ = std::min(retry_ * 2, kLongestRetry);
-            TAV_LOG(MonitorLogger(), log4cplus::INFO_LOG_LEVEL,
+            TAV_LOG_AT(MonitorLogger(), log4cplus::INFO_LOG_LEVEL, LogFile::MonitorCommand, 189,
                     error.what() << "; next attempt in " << retry_.count() << " ms");
         }
     }

@@ -1,6 +1,6 @@
 #include "support/LogCapture.h"
 
-#include <platform/LocalTimeFields.h>
+#include <platform/detail/LocalTimeFields.h>
 #include <platform/OkaValue.h>
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>

@@ -1,210 +1,133 @@
-// The DPT value map and the table-driven converter front. The map lives in this unit so that
-// its lookup messages carry the front's file name, as every other line of the front does.
+// The table-driven converter front: default DPTs, the bit size and value type checks, and
+// the hand-over to the entry's converter.
 #include <TavObjectModel/KnxValueConverter.h>
 
-#include <TavObjectModel/DptValueTable.h>
-
+#include <TavObjectModel/detail/DptText.h>
+#include <TavObjectModel/detail/DptValueTable.h>
 #include <TavObjectModel/detail/LogFiles.h>
 #include <platform/Logging.h>
 
+#include <algorithm>
+#include <array>
+#include <initializer_list>
 #include <memory>
-#include <ostream>
-#include <utility>
+#include <vector>
 
 namespace Okaro
 {
+using detail::DptText;
+
 namespace
 {
 const log4cplus::LogLevel kError = log4cplus::ERROR_LOG_LEVEL;
 
-// main "." sub, decimal, no leading zeros.
-struct DptText
-{
-    const KNXDPT& dpt;
-};
-
-std::ostream& operator<<(std::ostream& out, const DptText& text)
-{
-    return out << static_cast<unsigned int>(text.dpt.main) << '.' << static_cast<unsigned int>(text.dpt.sub);
-}
-
 // The front writes the chosen default DPT back into the caller's object; the interface
 // takes it as const for historical reasons and callers rely on seeing the DPT used.
 KNXDPT& CallerDpt(const KNXDPT& dpt) { return const_cast<KNXDPT&>(dpt); }
-} // namespace
 
-// ---------------------------------------------------------------------------------------
-// DptValueEntry
+// Expected group value size in bits, indexed by main number - 1.
+constexpr std::size_t kMainNumberCount = 241;
+using ExpectedBitSizes = std::array<std::uint32_t, kMainNumberCount>;
 
-DptValueEntry::DptValueEntry(const KNXDPT& dpt, OkaValueType valueType, OkaDP::OkaValueSubType valueSubType,
-                             KnxConverter* converter)
-    : dpt_(dpt), valueType_(valueType), valueSubType_(valueSubType), converter_(converter)
+constexpr ExpectedBitSizes MakeExpectedBitSizes()
 {
-}
-
-DptValueEntry::DptValueEntry(const DptValueEntry& other)
-    : dpt_(other.dpt_),
-      valueType_(other.valueType_),
-      valueSubType_(other.valueSubType_),
-      converter_(other.converter_ != nullptr ? other.converter_->Clone() : nullptr)
-{
-}
-
-DptValueEntry::DptValueEntry(DptValueEntry&& other) noexcept
-    : dpt_(other.dpt_),
-      valueType_(other.valueType_),
-      valueSubType_(other.valueSubType_),
-      converter_(std::exchange(other.converter_, nullptr))
-{
-}
-
-DptValueEntry& DptValueEntry::operator=(const DptValueEntry& other)
-{
-    if (this != &other)
-    {
-        DptValueEntry copy(other);
-        std::swap(dpt_, copy.dpt_);
-        std::swap(valueType_, copy.valueType_);
-        std::swap(valueSubType_, copy.valueSubType_);
-        std::swap(converter_, copy.converter_);
-    }
-    return *this;
-}
-
-DptValueEntry::~DptValueEntry()
-{
-    delete converter_;
-    converter_ = nullptr;
-}
-
-// ---------------------------------------------------------------------------------------
-// DptValueMap
-
-const DptValueEntry& DptValueMap::GetNoEntryRecord()
-{
-    static const DptValueEntry record(KNXDPT{0, 0, 0}, ivtEmpty, OkaDP::istGeneric, new KnxConverterDefault());
-    return record;
-}
-
-DptValueMap::DptValueMap(const DptValueMap& other) : entries_(other.entries_)
-{
-    RebuildIndex();
-}
-
-DptValueMap& DptValueMap::operator=(const DptValueMap& other)
-{
-    if (this != &other)
-    {
-        entries_ = other.entries_;
-        RebuildIndex();
-    }
-    return *this;
-}
-
-const DptValueMap::SubMap* DptValueMap::FindSubMap(std::uint16_t main) const
-{
-    if (main < kIndexedMainCount)
-    {
-        return main < subMapByMain_.size() ? subMapByMain_[main] : nullptr;
-    }
-    const auto mainEntry = entries_.find(main);
-    return mainEntry != entries_.end() ? &mainEntry->second : nullptr;
-}
-
-void DptValueMap::IndexMain(std::uint16_t main, const SubMap& subEntries)
-{
-    if (main >= kIndexedMainCount)
-    {
-        return;
-    }
-    if (subMapByMain_.empty())
-    {
-        // One allocation: the standard table reaches main number 238 anyway.
-        subMapByMain_.resize(kIndexedMainCount, nullptr);
-    }
-    subMapByMain_[main] = &subEntries;
-}
-
-void DptValueMap::RebuildIndex()
-{
-    subMapByMain_.clear();
-    for (const auto& mainEntry : entries_)
-    {
-        IndexMain(mainEntry.first, mainEntry.second);
-    }
-}
-
-const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
-{
-    const SubMap* found = FindSubMap(dpt.main);
-    if (found == nullptr)
-    {
-        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 141, "No Entry found for DPT = " << DptText{dpt});
-        return GetNoEntryRecord();
-    }
-    const SubMap& subEntries = *found;
-    const auto exact = subEntries.find(dpt.sub);
-    if (exact != subEntries.end())
-    {
-        return exact->second;
-    }
-    if (dpt.sub == 0)
-    {
-        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 152, "No Entry found for DPT = " << DptText{dpt});
-        return GetNoEntryRecord();
-    }
-    const auto wildcard = subEntries.find(0);
-    if (wildcard != subEntries.end())
-    {
-        return wildcard->second;
-    }
-    TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 160,
-            "No Entry found for DPT = " << static_cast<unsigned int>(dpt.main) << ".x");
-    return GetNoEntryRecord();
-}
-
-bool DptValueMap::AddEntry(const KNXDPT& dpt, const DptValueEntry& entry)
-{
-    return AddEntry(dpt, DptValueEntry(entry));
-}
-
-bool DptValueMap::AddEntry(const KNXDPT& dpt, DptValueEntry&& entry)
-{
-    auto mainEntry = entries_.find(dpt.main);
-    if (mainEntry == entries_.end())
-    {
-        bool inserted = false;
-        std::tie(mainEntry, inserted) = entries_.emplace(dpt.main, SubMap());
-        if (!inserted)
+    ExpectedBitSizes sizes{};
+    auto set = [&sizes](std::uint32_t bits, std::initializer_list<std::uint16_t> mainNumbers) {
+        for (const std::uint16_t mainNumber : mainNumbers)
         {
-            return false;
+            sizes[mainNumber - 1u] = bits;
         }
-        IndexMain(dpt.main, mainEntry->second);
-    }
-    // The first registration wins; repeating it is not an error.
-    mainEntry->second.try_emplace(dpt.sub, std::move(entry));
-    return true;
+    };
+    set(1, {1});
+    set(2, {2});
+    set(4, {3});
+    set(3, {31});
+    set(8, {4, 5, 6, 17, 18, 20, 21, 23, 25, 26, 236, 238});
+    set(16, {7, 8, 9, 22, 201, 202, 204, 207, 211, 217, 234, 237, 239});
+    set(24, {10, 11, 30, 203, 205, 206, 209, 223, 225, 232, 240});
+    set(32, {12, 13, 14, 15, 27, 210, 214, 220, 231, 241});
+    set(40, {215, 216, 218});
+    set(48, {212, 219, 221, 222, 224, 229, 235});
+    set(64, {19, 29, 213, 230});
+    set(112, {16});
+    set(9, {200});
+    set(KnxValueConverter::kAnyBitSize, {24, 28});
+    return sizes;
 }
 
-void DptValueMap::Clear()
-{
-    for (auto& mainEntry : entries_)
-    {
-        mainEntry.second.clear();
-    }
-    entries_.clear();
-    subMapByMain_.clear();
-}
+constexpr ExpectedBitSizes kExpectedBitSizes = MakeExpectedBitSizes();
 
-std::size_t DptValueMap::GetEntryCount() const
+struct SizeDefault
 {
-    std::size_t count = 0;
-    for (const auto& mainEntry : entries_)
-    {
-        count += mainEntry.second.size();
-    }
-    return count;
+    std::uint8_t bitSize;
+    std::uint16_t mainNumber;
+    std::uint16_t subNumber;
+};
+
+constexpr SizeDefault kSizeDefaults[] = {
+    {1, 1, 1},   {2, 2, 1},   {4, 3, 7},     {8, 5, 0},     {16, 9, 0},   {24, 10, 1},
+    {32, 14, 0}, {40, 218, 0}, {48, 219, 1}, {64, 19, 1},  {112, 16, 1},
+};
+
+constexpr int kAnySize = -1;
+
+struct ValueTypeDefault
+{
+    std::int32_t valueType;
+    int givenBitSize;  // kAnySize: whatever the DPT carries
+    std::uint8_t bitSize;
+    std::uint16_t mainNumber;
+    std::uint16_t subNumber;
+};
+
+// The float/32 row (16 bits, 14.0) and the string/112 row (8 bits, 16.0) do not match their
+// DPTs; callers may rely on reading them back as they are, so they stay.
+constexpr ValueTypeDefault kValueTypeDefaults[] = {
+    {ivtBool, kAnySize, 1, 1, 1},
+    {1037, kAnySize, 4, 3, 7},
+    {ivtByte, kAnySize, 8, 5, 0},
+    {1036, kAnySize, 8, 5, 1},
+    {ivtFloat, 0, 16, 9, 0},
+    {ivtFloat, 4, 4, 3, 0},
+    {ivtFloat, 8, 8, 5, 1},
+    {ivtFloat, 16, 16, 9, 0},
+    {ivtFloat, 32, 16, 14, 0},
+    {ivtTime, kAnySize, 24, 10, 1},
+    {ivtDate, kAnySize, 24, 11, 1},
+    {ivtDWord, kAnySize, 32, 12, 1},
+    {ivtInteger, 0, 32, 13, 0},
+    {ivtInteger, 8, 8, 6, 0},
+    {ivtInteger, 16, 16, 8, 0},
+    {14, kAnySize, 32, 13, 100},
+    {9, kAnySize, 40, 218, 0},
+    {ivtDateTime, kAnySize, 64, 19, 1},
+    {ivtString, 0, 112, 16, 1},
+    {ivtString, 8, 8, 4, 1},
+    {ivtString, 112, 8, 16, 0},
+};
+
+struct CompatibilityGroup
+{
+    std::vector<std::int32_t> members;   // type of the value at hand
+    std::vector<std::int32_t> accepted;  // entry types it may be converted by
+};
+
+// A date-and-time value suits date and time entries, not the other way round.
+const CompatibilityGroup kCompatibilityGroups[] = {
+    {{3, 1005, 1036, 1037, 1039}, {3, 1005, 1036, 1037, 1039}},
+    {{4, 14}, {4, 14}},
+    {{6, 1021}, {6, 1021}},
+    {{7, 8, 20}, {7, 8, 20}},
+    {{11, 105}, {11, 105}},
+    {{12, 104}, {12, 104}},
+    {{13, 102, 201}, {11, 12, 13, 102, 104, 105, 201}},
+};
+
+bool Contains(const std::vector<std::int32_t>& set, std::int32_t valueType)
+{
+    return std::find(set.begin(), set.end(), valueType) != set.end();
 }
+} // namespace
 
 // ---------------------------------------------------------------------------------------
 // KnxValueConverter
@@ -390,5 +313,59 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
                 "Exception caught during conversion of OKAVALUE to GroupValue: " << exception.what());
         return false;
     }
+}
+
+std::uint32_t KnxValueConverter::GetExpectedBitSize(unsigned int mainNumber)
+{
+    if (mainNumber < 1 || mainNumber > kMainNumberCount)
+    {
+        return 0;
+    }
+    return kExpectedBitSizes[mainNumber - 1];
+}
+
+bool KnxValueConverter::GetDefaultMappingDptForSize(KNXDPT& dpt)
+{
+    for (const SizeDefault& row : kSizeDefaults)
+    {
+        if (row.bitSize == dpt.size)
+        {
+            dpt.main = row.mainNumber;
+            dpt.sub = row.subNumber;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool KnxValueConverter::GetDefaultMappingDptForValueType(KNXDPT& dpt, const OKAVALUE& value)
+{
+    for (const ValueTypeDefault& row : kValueTypeDefaults)
+    {
+        if (row.valueType == value.type && (row.givenBitSize == kAnySize || row.givenBitSize == dpt.size))
+        {
+            dpt.size = row.bitSize;
+            dpt.main = row.mainNumber;
+            dpt.sub = row.subNumber;
+            return true;
+        }
+    }
+    return false;
+}
+
+bool KnxValueConverter::AreValueTypesCompatible(OkaValueType valueType, OkaValueType entryType)
+{
+    if (valueType == entryType)
+    {
+        return true;
+    }
+    for (const CompatibilityGroup& group : kCompatibilityGroups)
+    {
+        if (Contains(group.members, valueType))
+        {
+            return Contains(group.accepted, entryType);
+        }
+    }
+    return false;
 }
 } // namespace Okaro

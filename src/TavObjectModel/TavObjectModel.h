@@ -1,12 +1,12 @@
 #pragma once
 // Everything the library and its platform offer, in one include.
 #include <platform/BinaryData.h>
+#include <platform/DayOfWeek.h>
 #include <platform/DeviceStackClient.h>
 #include <platform/GroupValue.h>
 #include <platform/KnxDpt.h>
 #include <platform/KnxFloat16.h>
 #include <platform/LocalDeviceStackClient.h>
-#include <platform/LocalTimeFields.h>
 #include <platform/Logging.h>
 #include <platform/OkaString.h>
 #include <platform/OkaTime.h>
@@ -21,11 +21,11 @@
 #include <TavObjectModel/BoundedInt.h>
 #include <TavObjectModel/Docket.h>
 #include <TavObjectModel/DptValueMap.h>
-#include <TavObjectModel/DptValueTable.h>
 #include <TavObjectModel/DscAsyncRequestMessenger.h>
 #include <TavObjectModel/GroupValueOkaValue.h>
 #include <TavObjectModel/KnxConverter.h>
 #include <TavObjectModel/KnxLdsMapping.h>
+#include <TavObjectModel/KnxRange.h>
 #include <TavObjectModel/KnxValueConverter.h>
 #include <TavObjectModel/MainTypeInfoTable.h>
 #include <TavObjectModel/RequestMessengerDeviceStack.h>

@@ -2,6 +2,7 @@
 // A KNX group value: raw bytes and the defined size in bits, with typed accessors that
 // encode and decode the KNX datapoint formats of each size.
 #include <platform/BinaryData.h>
+#include <platform/DayOfWeek.h>
 
 #include <cstdint>
 #include <stdexcept>
@@ -20,17 +21,7 @@ class GroupValue
 {
 public:
     // KNX numbering of the day of week in a DPT 10 time of day.
-    enum class DayOfWeek : std::uint8_t
-    {
-        NoDay = 0,
-        Monday = 1,
-        Tuesday = 2,
-        Wednesday = 3,
-        Thursday = 4,
-        Friday = 5,
-        Saturday = 6,
-        Sunday = 7,
-    };
+    using DayOfWeek = KnxStack::DayOfWeek;
 
     GroupValue() = default;  // no bytes, defined size 0
     GroupValue(const BinaryData& rawData, unsigned int definedSize);

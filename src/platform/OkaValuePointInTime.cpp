@@ -1,4 +1,4 @@
-#include <platform/LocalTimeFields.h>
+#include <platform/detail/LocalTimeFields.h>
 #include <platform/OkaValue.h>
 
 #include <boost/date_time/gregorian/gregorian_types.hpp>

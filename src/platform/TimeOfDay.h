@@ -1,5 +1,6 @@
 #pragma once
 // A time of day with an optional weekday, in the KNX numbering of days.
+#include <platform/DayOfWeek.h>
 #include <platform/OkaTime.h>
 
 #include <boost/optional.hpp>
@@ -8,17 +9,7 @@
 
 namespace TavApp
 {
-enum class DayOfWeek : std::uint8_t
-{
-    NoDay = 0,
-    Monday = 1,
-    Tuesday = 2,
-    Wednesday = 3,
-    Thursday = 4,
-    Friday = 5,
-    Saturday = 6,
-    Sunday = 7,
-};
+using DayOfWeek = KnxStack::DayOfWeek;
 
 class TimeOfDay
 {

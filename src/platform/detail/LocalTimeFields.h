@@ -1,5 +1,5 @@
 #pragma once
-// Internal to the value model: broken-down local time into an OKATIME.
+// Internal to the value model (not installed): broken-down local time into an OKATIME.
 #include <platform/OkaTime.h>
 
 #include <ctime>

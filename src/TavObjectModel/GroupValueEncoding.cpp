@@ -8,6 +8,7 @@
 #include <platform/Logging.h>
 #include <platform/TextEncoding.h>
 #include <platform/TimeOfDay.h>
+#include <platform/detail/FloatNarrowing.h>
 
 #include <boost/date_time/posix_time/posix_time.hpp>
 #include <utf8.h>
@@ -161,18 +162,6 @@ boost::optional<GroupValue> EncodeSigned32(const OKAVALUE& value, const PackedDp
     GroupValue result;
     result.SetAsSigned32(value.numeric.integer);
     return result;
-}
-
-// A finite double beyond the float range becomes the infinity of its sign, as IEEE
-// rounding gives, without the undefined conversion.
-float NarrowToFloat(double number)
-{
-    if (std::isfinite(number) && std::fabs(number) > static_cast<double>(std::numeric_limits<float>::max()))
-    {
-        const float infinity = std::numeric_limits<float>::infinity();
-        return number < 0 ? -infinity : infinity;
-    }
-    return static_cast<float>(number);
 }
 
 boost::optional<GroupValue> EncodeFloat32(const OKAVALUE& value, const PackedDpt&)

@@ -2,6 +2,7 @@
 #include <TavObjectModel/KnxConverter.h>
 
 #include <TavObjectModel/detail/KnxConverterSupport.h>
+#include <platform/detail/FloatNarrowing.h>
 
 #include <cmath>
 #include <cstring>
@@ -232,10 +233,9 @@ bool KnxConverterFloat32BitFloat::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& 
         out.SetAsFloat32(quietNan);
         return true;
     }
-    // No range check: beyond single precision IEEE narrowing gives an infinity (the range
-    // of an IEEE float includes the infinities, so the cast is defined).
-    const float narrowed = static_cast<float>(value.numeric.real);
-    out.SetAsFloat32(narrowed);
+    // No range check: beyond single precision, IEEE narrowing gives the largest float or an
+    // infinity, as the codec's DPT 14 branch writes it.
+    out.SetAsFloat32(NarrowToFloat(value.numeric.real));
     return true;
 }
 

@@ -1,6 +1,7 @@
 // The value model's generic byte codec: numbers big-endian, as KNX puts them on the wire.
 #include <platform/OkaValue.h>
 #include <platform/OkaValueFamily.h>
+#include <platform/detail/FloatNarrowing.h>
 
 #include <cmath>
 #include <cstdint>
@@ -40,7 +41,7 @@ bool PutNumber(std::uint32_t number, unsigned int count, unsigned char* bytes, u
 
 std::uint32_t SingleBits(double value)
 {
-    const float single = static_cast<float>(value);
+    const float single = Okaro::NarrowToFloat(value);
     std::uint32_t bits = 0;
     std::memcpy(&bits, &single, sizeof bits);
     return bits;

@@ -57,11 +57,12 @@ sanitize-thread: deps
 
 # Cross-builds libraries, tool and tests for 32-bit ARM (armhf), runs the suite under qemu-arm,
 # then builds the armhf Debian packages (for /usr) and checks them without installing them.
+# GNUInstallDirs gives the multiarch library directory to native builds only: named here.
 ARMHF_BUILD_DIR ?= build-armhf
 test-armhf:
 	@bash scripts/install-armhf-deps.sh
 	@cmake -S . -B $(ARMHF_BUILD_DIR) -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/toolchain-armhf.cmake \
-		-DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr >/dev/null
+		-DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_INSTALL_LIBDIR=lib/arm-linux-gnueabihf >/dev/null
 	@cmake --build $(ARMHF_BUILD_DIR) -j $(JOBS)
 	@cd $(ARMHF_BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
 	@rm -rf $(ARMHF_BUILD_DIR)/packages

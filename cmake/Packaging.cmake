@@ -15,8 +15,8 @@ set(CPACK_PACKAGE_VENDOR "TavObjectModel developers")
 set(CPACK_PACKAGE_CONTACT "TavObjectModel developers <tavobjectmodel@localhost>")
 set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
 set(CPACK_PACKAGE_DIRECTORY ${PROJECT_BINARY_DIR}/packages)
-# Stripped with the build's own strip (the cross one when cross-building): the Release build
-# carries debugging information that the controller has no room for.
+# The Release build carries debugging information (-g); the packaged binaries are stripped,
+# with the build's own strip (the cross one when cross-building).
 set(CPACK_STRIP_FILES ON)
 
 set(CPACK_DEB_COMPONENT_INSTALL ON)

@@ -88,11 +88,10 @@ for deb in "${debs[@]}"; do
   done < <(find "$root" -type f \( -name '*.so*' -o -path '*/bin/*' \) -print0)
 done
 
-dpkg-deb --ctrl-tarfile "$dir"/libtavobjectmodel1_*.deb | tar -t | grep -qx './shlibs' ||
-  fail "libtavobjectmodel1 has no shlibs file"
+control="$(dpkg-deb --ctrl-tarfile "$dir"/libtavobjectmodel1_*.deb | tar -t)"
+grep -qx './shlibs' <<<"$control" || fail "libtavobjectmodel1 has no shlibs file"
 grep -qxF libtavobjectmodel1 "$tmp/libtavobjectmodel-dev.depends" ||
   fail "libtavobjectmodel-dev does not depend on libtavobjectmodel1"
-if sort "$tmp"/*.files | uniq -d | grep -q .; then
-  fail "files in more than one package: $(sort "$tmp"/*.files | uniq -d | tr '\n' ' ')"
-fi
+shared="$(sort "$tmp"/*.files | uniq -d)"
+[ -z "$shared" ] || fail "files in more than one package: $(tr '\n' ' ' <<<"$shared")"
 echo "check-debs: ${#debs[@]} packages for $arch, version $version: architecture, files and dependencies right"

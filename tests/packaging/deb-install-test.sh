@@ -19,7 +19,7 @@ apt_get=($sudo apt-get -y -qq -o DPkg::Lock::Timeout=600)
 
 installed() {
   for p in "${packages[@]}"; do
-    if dpkg-query -W -f='${Status}\n' "$p" 2>/dev/null | grep -q " installed$"; then echo "$p"; fi
+    if [ "$(dpkg-query -W -f='${Status}' "$p" 2>/dev/null || true)" = "install ok installed" ]; then echo "$p"; fi
   done
 }
 remove() {

@@ -6,7 +6,7 @@ CMAKE_ARGS ?=
 # Keeps the output of the nested builds readable.
 MAKEFLAGS += --no-print-directory
 
-.PHONY: deps configure build run test install sanitize sanitize-address sanitize-thread test-armhf fuzz fuzz-smoke bench clean
+.PHONY: deps configure build run test install package test-packages sanitize sanitize-address sanitize-thread test-armhf fuzz fuzz-smoke bench clean
 
 deps:
 	@bash scripts/install-deps.sh
@@ -26,6 +26,20 @@ test: build
 install: build
 	@cmake --install $(BUILD_DIR) --prefix $(PREFIX)
 
+# Debian packages libtavobjectmodel1, libtavobjectmodel-dev and tavknx in $(BUILD_DIR)/packages.
+# They install under /usr, so the build is configured for that prefix.
+package:
+	@$(MAKE) build PREFIX=/usr
+	@rm -rf $(BUILD_DIR)/packages
+	@cd $(BUILD_DIR) && cpack -G DEB >cpack.log 2>&1 || { cat cpack.log; exit 1; }
+	@ls $(BUILD_DIR)/packages/*.deb
+
+# Checks the packages, installs them with apt-get, builds and runs the consumer example and the
+# tool from the installed files, then removes the packages.
+test-packages: package
+	@bash tests/packaging/check-debs.sh $(BUILD_DIR)/packages $$(dpkg --print-architecture)
+	@bash tests/packaging/deb-install-test.sh $(BUILD_DIR)/packages examples/consumer
+
 # The whole suite under AddressSanitizer + UndefinedBehaviorSanitizer, then under ThreadSanitizer.
 # Any sanitizer report ends the test program with a failure.
 sanitize: sanitize-address sanitize-thread
@@ -41,14 +55,19 @@ sanitize-thread: deps
 	@cmake --build build-tsan -j $(JOBS)
 	@cd build-tsan && TSAN_OPTIONS=halt_on_error=1:second_deadlock_stack=1 ctest --output-on-failure -j $(JOBS)
 
-# Cross-builds libraries, tool and tests for 32-bit ARM (armhf) and runs the suite under qemu-arm.
+# Cross-builds libraries, tool and tests for 32-bit ARM (armhf), runs the suite under qemu-arm,
+# then builds the armhf Debian packages (for /usr) and checks them without installing them.
+# GNUInstallDirs gives the multiarch library directory to native builds only: named here.
 ARMHF_BUILD_DIR ?= build-armhf
 test-armhf:
 	@bash scripts/install-armhf-deps.sh
 	@cmake -S . -B $(ARMHF_BUILD_DIR) -DCMAKE_TOOLCHAIN_FILE=$(CURDIR)/cmake/toolchain-armhf.cmake \
-		-DCMAKE_BUILD_TYPE=Release >/dev/null
+		-DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr -DCMAKE_INSTALL_LIBDIR=lib/arm-linux-gnueabihf >/dev/null
 	@cmake --build $(ARMHF_BUILD_DIR) -j $(JOBS)
 	@cd $(ARMHF_BUILD_DIR) && ctest --output-on-failure -j $(JOBS)
+	@rm -rf $(ARMHF_BUILD_DIR)/packages
+	@cd $(ARMHF_BUILD_DIR) && cpack -G DEB >cpack.log 2>&1 || { cat cpack.log; exit 1; }
+	@bash tests/packaging/check-debs.sh $(ARMHF_BUILD_DIR)/packages armhf
 
 # libFuzzer harnesses (clang), each for FUZZ_SECONDS; fuzz-smoke is the short run for CI.
 FUZZ_SECONDS ?= 60

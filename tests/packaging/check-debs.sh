@@ -59,6 +59,10 @@ for deb in "${debs[@]}"; do
   for file in ${expected[$package]}; do
     grep -qxF "$file" "$tmp/$package.files" || fail "$package lacks /$file"
   done
+  # Internal headers stay in the source tree.
+  if grep -E "^usr/include/.*/detail/" "$tmp/$package.files" >"$tmp/internal"; then
+    fail "$package installs internal headers: $(tr '\n' ' ' <"$tmp/internal")"
+  fi
   if grep -vE "${allowed[$package]}" "$tmp/$package.files" >"$tmp/stray"; then
     fail "$package holds files that belong elsewhere: $(tr '\n' ' ' <"$tmp/stray")"
   fi

@@ -1,5 +1,7 @@
 #include "knx/GroupTelegram.h"
 
+#include <algorithm>
+
 namespace TavKnx
 {
 namespace
@@ -80,8 +82,11 @@ GroupTelegram ParseGroupTelegram(std::uint16_t source, std::uint16_t destination
 std::vector<std::uint8_t> MakeWriteApdu(const KnxStack::GroupValue& value)
 {
     const KnxStack::BinaryData& raw = value.GetRawData();
-    std::vector<std::uint8_t> apdu{0x00, static_cast<std::uint8_t>(kApciWrite << 6)};
-    if (value.GetDefinedSize() <= kShortValueBits)
+    const bool shortForm = value.GetDefinedSize() <= kShortValueBits;
+    // Sized at once: growing a two-byte vector by insert draws a false -Warray-bounds from GCC 12.
+    std::vector<std::uint8_t> apdu(shortForm ? 2 : 2 + raw.GetSize(), 0);
+    apdu[1] = static_cast<std::uint8_t>(kApciWrite << 6);
+    if (shortForm)
     {
         if (raw.GetSize() > 0)
         {
@@ -89,7 +94,7 @@ std::vector<std::uint8_t> MakeWriteApdu(const KnxStack::GroupValue& value)
         }
         return apdu;
     }
-    apdu.insert(apdu.end(), raw.GetData(), raw.GetData() + raw.GetSize());
+    std::copy(raw.GetData(), raw.GetData() + raw.GetSize(), apdu.begin() + 2);
     return apdu;
 }
 

@@ -3,8 +3,8 @@
 // Layout: the content, as a whole.
 #include "FuzzSupport.h"
 
-#include "GroupAddressMap.h"
-#include "KnxAddress.h"
+#include "knx/GroupAddressMap.h"
+#include "knx/KnxAddress.h"
 
 #include <algorithm>
 #include <cstdlib>

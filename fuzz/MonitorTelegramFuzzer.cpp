@@ -3,9 +3,9 @@
 // Layout: DPT main (2), sub (2), APDU (rest). Main 0 leaves the group address unmapped.
 #include "FuzzSupport.h"
 
-#include "GroupAddressMap.h"
-#include "GroupTelegram.h"
-#include "TelegramReport.h"
+#include "knx/GroupAddressMap.h"
+#include "knx/GroupTelegram.h"
+#include "knx/TelegramReport.h"
 
 #include <cstdlib>
 

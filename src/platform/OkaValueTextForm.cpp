@@ -1,6 +1,7 @@
 // The value model's text form (Serialize, Deserialize) and the log text (ToString).
 // docs/ValueTextForm.md describes the form; it is exchanged with other programs, so any
 // change here must stay readable by the old reader.
+#include <platform/HexText.h>
 #include <platform/OkaValue.h>
 #include <platform/OkaValueFamily.h>
 
@@ -15,6 +16,8 @@
 
 namespace
 {
+using Okaro::ParseHexByte;
+
 // Version tag of the internal form: "T.7:payload".
 constexpr char kInternalVersion = '7';
 
@@ -109,39 +112,6 @@ void AppendEscaped(std::string& out, const char* bytes, std::size_t count)
             out += static_cast<char>(c);
         }
     }
-}
-
-int HexValue(char c)
-{
-    if (c >= '0' && c <= '9')
-    {
-        return c - '0';
-    }
-    if (c >= 'a' && c <= 'f')
-    {
-        return c - 'a' + 10;
-    }
-    if (c >= 'A' && c <= 'F')
-    {
-        return c - 'A' + 10;
-    }
-    return -1;
-}
-
-bool ParseHexByte(std::string_view text, std::size_t at, unsigned char& out)
-{
-    if (at + 2 > text.size())
-    {
-        return false;
-    }
-    const int high = HexValue(text[at]);
-    const int low = HexValue(text[at + 1]);
-    if (high < 0 || low < 0)
-    {
-        return false;
-    }
-    out = static_cast<unsigned char>(high * 16 + low);
-    return true;
 }
 
 bool ParseEscaped(std::string_view text, oka_string& out)

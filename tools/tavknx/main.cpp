@@ -1,6 +1,9 @@
 // tavknx: looks at KNX telegrams, values and object-model ids through the library.
-#include "Commands.h"
-#include "LogSetup.h"
+#include "cli/CommandLine.h"
+#include "cli/LogSetup.h"
+#include "cli/Options.h"
+#include "commands/CommandTable.h"
+#include "knx/TextError.h"
 
 #include <log4cplus/initializer.h>
 
@@ -18,30 +21,15 @@ namespace
 {
 const char* const kProgram = "tavknx";
 
-po::options_description CommonOptions()
+// "decode, check, ...": the commands in table order, for the usage messages.
+std::string CommandNames(const std::vector<Command>& commands)
 {
-    po::options_description options("Common options");
-    options.add_options()
-        ("help,h", "show help (for a command: tavknx COMMAND --help)")
-        ("json", "print results as one JSON object per line")
-        ("log-level", po::value<std::string>()->value_name("LEVEL"),
-         "log lines on stderr from this level on: trace, debug, info, warn (default), error, off")
-        ("log-config", po::value<std::string>()->value_name("FILE"),
-         "configure logging from a log4cplus properties file instead");
-    return options;
-}
-
-std::vector<Command> AllCommands()
-{
-    std::vector<Command> commands;
-    AddConversionCommands(commands);
-    AddDptsCommand(commands);
-    AddIdsCommand(commands);
-    AddConfigCommand(commands);
-    AddDemoCommand(commands);
-    AddMonitorCommand(commands);
-    AddSendCommand(commands);
-    return commands;
+    std::string names;
+    for (const Command& command : commands)
+    {
+        names += (names.empty() ? "" : ", ") + std::string(command.name);
+    }
+    return names;
 }
 
 void PrintToolHelp(const std::vector<Command>& commands, std::ostream& out)
@@ -72,54 +60,6 @@ void PrintCommandHelp(const Command& command, const po::options_description& opt
     out << "Usage: " << kProgram << " " << command.usage << "\n\n" << command.help << "\n" << options;
 }
 
-// Options before the command name are the common ones; everything from the command name on
-// belongs to the command (which accepts the common options as well).
-std::size_t FindCommandIndex(int argc, char** argv, const po::options_description& common)
-{
-    for (int i = 1; i < argc; ++i)
-    {
-        const std::string token = argv[i];
-        if (token.size() < 2 || token[0] != '-')
-        {
-            return static_cast<std::size_t>(i);
-        }
-        if (token.rfind("--", 0) == 0 && token.find('=') == std::string::npos)
-        {
-            const po::option_description* option = common.find_nothrow(token.substr(2), false);
-            if (option != nullptr && option->semantic()->max_tokens() > 0)
-            {
-                ++i;
-            }
-        }
-    }
-    return static_cast<std::size_t>(argc);
-}
-
-po::variables_map Parse(const std::vector<std::string>& tokens, const po::options_description& options,
-                        bool positional, std::vector<std::string>& args)
-{
-    po::options_description all(options);
-    all.add_options()("args", po::value<std::vector<std::string>>());
-    po::positional_options_description positions;
-    if (positional)
-    {
-        positions.add("args", -1);
-    }
-    po::variables_map map;
-    po::store(po::command_line_parser(tokens)
-                  .options(all)
-                  .positional(positions)
-                  .style(po::command_line_style::unix_style ^ po::command_line_style::allow_guessing)
-                  .run(),
-              map);
-    po::notify(map);
-    if (map.count("args"))
-    {
-        args = map["args"].as<std::vector<std::string>>();
-    }
-    return map;
-}
-
 int Usage(const std::string& command, const std::string& message)
 {
     std::cerr << kProgram << (command.empty() ? "" : " " + command) << ": " << message << "\n"
@@ -129,7 +69,7 @@ int Usage(const std::string& command, const std::string& message)
 
 int Run(int argc, char** argv)
 {
-    const std::vector<Command> commands = AllCommands();
+    const std::vector<Command> commands = CommandTable();
     const po::options_description common = CommonOptions();
     const std::size_t commandIndex = FindCommandIndex(argc, argv, common);
     std::string commandName;
@@ -137,7 +77,7 @@ int Run(int argc, char** argv)
     {
         std::vector<std::string> unused;
         const std::vector<std::string> before(argv + 1, argv + commandIndex);
-        po::variables_map global = Parse(before, common, false, unused);
+        po::variables_map global = ParseOptions(before, common, false, unused);
         if (commandIndex >= static_cast<std::size_t>(argc))
         {
             if (global.count("help"))
@@ -145,8 +85,7 @@ int Run(int argc, char** argv)
                 PrintToolHelp(commands, std::cout);
                 return kExitDone;
             }
-            return Usage("", "expected a COMMAND (decode, check, encode, from-knx, to-knx, dpts, ids, config, demo, "
-                             "monitor, send)");
+            return Usage("", "expected a COMMAND (" + CommandNames(commands) + ")");
         }
         commandName = argv[commandIndex];
         const Command* command = nullptr;
@@ -161,8 +100,7 @@ int Run(int argc, char** argv)
         {
             const std::string shown = commandName.size() > 40 ? commandName.substr(0, 40) + "..." : commandName;
             commandName.clear();
-            return Usage("", "unknown command '" + shown + "'; expected one of decode, check, encode, from-knx, "
-                             "to-knx, dpts, ids, config, demo, monitor, send");
+            return Usage("", "unknown command '" + shown + "'; expected one of " + CommandNames(commands));
         }
 
         po::options_description options(std::string("Options of ") + command->name);
@@ -175,7 +113,7 @@ int Run(int argc, char** argv)
         invocation.command = commandName;
         invocation.out = &std::cout;
         const std::vector<std::string> after(argv + commandIndex + 1, argv + argc);
-        invocation.options = Parse(after, options, true, invocation.args);
+        invocation.options = ParseOptions(after, options, true, invocation.args);
         // Common options given before the command count as well.
         for (const auto& entry : global)
         {
@@ -201,6 +139,11 @@ int Run(int argc, char** argv)
         return command->run(invocation);
     }
     catch (const UsageError& error)
+    {
+        return Usage(commandName, error.what());
+    }
+    // Text the KNX pieces refused came from the command line: a usage error, same text.
+    catch (const TextError& error)
     {
         return Usage(commandName, error.what());
     }

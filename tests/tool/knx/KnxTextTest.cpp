@@ -1,0 +1,104 @@
+#include "knx/DptText.h"
+#include "knx/HexText.h"
+#include "knx/NumberText.h"
+#include "knx/TextError.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace
+{
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using TavKnx::TextError;
+
+// The message of the TextError that `parse` throws; "" when it throws none.
+template <typename Parse>
+std::string ErrorOf(Parse parse)
+{
+    try
+    {
+        parse();
+    }
+    catch (const TextError& error)
+    {
+        return error.what();
+    }
+    return std::string();
+}
+
+TEST(ParseHexTest, ReadsTwoDigitsPerByteInEitherCase)
+{
+    EXPECT_THAT(TavKnx::ParseHex("0c1A"), ElementsAre(0x0C, 0x1A));
+    EXPECT_THAT(TavKnx::ParseHex("fF00"), ElementsAre(0xFF, 0x00));
+    EXPECT_THAT(TavKnx::ParseHex(""), IsEmpty());
+}
+
+TEST(ParseHexTest, RefusesAnOddNumberOfDigits)
+{
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex("0c1"); }),
+              "HEX: expected an even number of hex digits (two per byte, for example 0c1a), got 3 digits '0c1'");
+}
+
+TEST(ParseHexTest, RefusesCharactersThatAreNoHexDigits)
+{
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex("0g", "BYTES"); }), "BYTES: expected hex digits 0-9 a-f, got '0g'");
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex(" 1"); }), "HEX: expected hex digits 0-9 a-f, got ' 1'");
+}
+
+TEST(FormatHexTest, WritesLowerCase)
+{
+    EXPECT_EQ(TavKnx::FormatHex({0x0C, 0x1A, 0xFF}), "0c1aff");
+    EXPECT_EQ(TavKnx::FormatHex({}), "");
+}
+
+TEST(ParseDptTest, ReadsMainAndSubInDecimal)
+{
+    const KNXDPT dpt = TavKnx::ParseDpt("9.001");
+    EXPECT_EQ(dpt.main, 9);
+    EXPECT_EQ(dpt.sub, 1);
+    EXPECT_EQ(dpt.size, 0);
+    EXPECT_EQ(TavKnx::FormatDpt(TavKnx::ParseDpt("9")), "9.0");
+    EXPECT_EQ(TavKnx::PackDpt(TavKnx::ParseDpt("232.600")), (232u << 16) | 600u);
+}
+
+TEST(ParseDptTest, RefusesOtherSpellingsAndNamesTheNumberOutOfRange)
+{
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseDpt("x.1"); }),
+              "DPT: expected MAIN.SUB in decimal (for example 9.001), got 'x.1'");
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseDpt("65536.1"); }),
+              "DPT main number: expected a whole number from 0 to 65535, got '65536'");
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseDpt("9.65536", "--dpt"); }),
+              "--dpt sub number: expected a whole number from 0 to 65535, got '65536'");
+}
+
+TEST(ParseBitsTest, TakesZeroTo255)
+{
+    EXPECT_EQ(TavKnx::ParseBits("255"), 255u);
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseBits("256"); }), "--bits: expected a whole number from 0 to 255, got '256'");
+}
+
+TEST(DefaultBitsTest, UsesTheExpectedSizeOnlyForOneByteOfASubByteDpt)
+{
+    EXPECT_EQ(TavKnx::DefaultBits(1, 1), 1u);
+    EXPECT_EQ(TavKnx::DefaultBits(1, 2), 16u);
+    EXPECT_EQ(TavKnx::DefaultBits(9, 2), 16u);
+}
+
+TEST(ParseSignedTest, TakesOneLeadingMinusAndNothingElse)
+{
+    EXPECT_EQ(TavKnx::ParseSigned("-5", -10, 10, "N"), -5);
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseSigned("+5", -10, 10, "N"); }),
+              "N: expected a whole number from -10 to 10, got '+5'");
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseUnsigned("-0", 10, "N"); }), "N: expected a whole number from 0 to 10, got '-0'");
+}
+
+TEST(QuoteTest, CutsAt40CharactersAndHidesControlBytes)
+{
+    EXPECT_EQ(TavKnx::Quote("a\tb"), "'a?b'");
+    EXPECT_EQ(TavKnx::Quote(std::string(41, 'x')), "'" + std::string(40, 'x') + "...'");
+}
+} // namespace

@@ -1,0 +1,22 @@
+#pragma once
+// Results on stdout: one line of text for people, or with --json one JSON object per line.
+#include "knx/Json.h"
+
+#include <platform/GroupValue.h>
+#include <platform/OkaValue.h>
+
+#include <iosfwd>
+#include <string>
+
+namespace TavKnx
+{
+// A group value result: {"ok":true,"dpt":"9.1","hex":"0c1a","bits":16}, or "9.1: 0c1a (16 bits)".
+// Commands that say more (send) add their fields to these.
+JsonObject GroupValueResultJson(const std::string& dpt, const KnxStack::GroupValue& value);
+std::string GroupValueResultText(const std::string& dpt, const KnxStack::GroupValue& value);
+
+// Conversion results, printed the same way by every command.
+void PrintValueResult(const std::string& dpt, const OKAVALUE& value, bool json, std::ostream& out);
+void PrintGroupValueResult(const std::string& dpt, const KnxStack::GroupValue& value, bool json, std::ostream& out);
+void PrintRefusal(const std::string& dpt, bool json, std::ostream& out);
+} // namespace TavKnx

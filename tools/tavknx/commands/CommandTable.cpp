@@ -1,0 +1,19 @@
+#include "commands/CommandTable.h"
+
+#include "commands/Commands.h"
+
+namespace TavKnx
+{
+std::vector<Command> CommandTable()
+{
+    std::vector<Command> commands;
+    AddConversionCommands(commands);
+    AddDptsCommand(commands);
+    AddIdsCommand(commands);
+    AddConfigCommand(commands);
+    AddDemoCommand(commands);
+    AddMonitorCommand(commands);
+    AddSendCommand(commands);
+    return commands;
+}
+} // namespace TavKnx

@@ -1,0 +1,241 @@
+// monitor: every group telegram on the bus, through knxd, decoded as the controller's
+// applications would see it.
+#include "cli/KnxdUrlOption.h"
+#include "cli/StopSignal.h"
+#include "commands/Commands.h"
+#include "knx/GroupAddressMap.h"
+#include "knx/NumberText.h"
+#include "knx/TelegramReport.h"
+#include "knxd/KnxdConnection.h"
+
+#include <platform/Logging.h>
+
+#include <boost/program_options.hpp>
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <thread>
+
+namespace po = boost::program_options;
+
+namespace TavKnx
+{
+namespace
+{
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+// Waits are short so that Ctrl-C and the time-out are seen at once.
+constexpr milliseconds kLongestWait{200};
+// Reconnecting: the first attempt comes soon, then the pause doubles up to this bound.
+constexpr milliseconds kFirstRetry{100};
+constexpr milliseconds kLongestRetry{5000};
+
+namespace LogFile
+{
+// The monitor's events keep their published origin wherever its code sits.
+constexpr char MonitorCommand[] = "MonitorCommand.cpp";
+} // namespace LogFile
+
+log4cplus::Logger MonitorLogger()
+{
+    return log4cplus::Logger::getInstance("tavknx.monitor");
+}
+
+void AddMonitorOptions(po::options_description& options)
+{
+    AddKnxdUrlOption(options);
+    options.add_options()
+        ("map", po::value<std::string>()->value_name("FILE"),
+         "group address to DPT map: 'GA;DPT' lines, or the commissioning software's CSV export")
+        ("count", po::value<std::string>()->value_name("N"), "stop after N telegrams")
+        ("timeout", po::value<std::string>()->value_name("SECONDS"), "stop after SECONDS");
+}
+
+GroupAddressMap LoadMap(const Invocation& invocation)
+{
+    if (!invocation.options.count("map"))
+    {
+        return GroupAddressMap();
+    }
+    const std::string file = invocation.options["map"].as<std::string>();
+    std::vector<MapProblem> problems;
+    GroupAddressMap map;
+    try
+    {
+        map = GroupAddressMap::Load(file, problems);
+    }
+    catch (const std::runtime_error& error)
+    {
+        throw UsageError(std::string("--map: ") + error.what());
+    }
+    for (const MapProblem& problem : problems)
+    {
+        TAV_LOG_AT(MonitorLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MonitorCommand, 68,
+                "map '" << file << "' line " << problem.line << " skipped: " << problem.message);
+    }
+    return map;
+}
+
+// Sleeps for `pause` or until a stop is asked for or the deadline comes.
+void Pause(milliseconds pause, Clock::time_point deadline)
+{
+    const Clock::time_point end = std::min(Clock::now() + pause, deadline);
+    while (!StopRequested() && Clock::now() < end)
+    {
+        std::this_thread::sleep_for(std::min(kLongestWait, std::chrono::duration_cast<milliseconds>(end - Clock::now())));
+    }
+}
+
+class Monitor
+{
+public:
+    Monitor(const Invocation& invocation, const GroupAddressMap& map)
+        : invocation_(invocation), url_(KnxdUrl(invocation)), reporter_(map)
+    {
+        if (invocation.options.count("count"))
+        {
+            count_ = ParseUnsigned(invocation.options["count"].as<std::string>(), 0xFFFFFFFFu, "--count");
+            if (count_ == 0)
+            {
+                throw UsageError("--count: expected a number of telegrams from 1 on, got '0'");
+            }
+        }
+        deadline_ = Clock::time_point::max();
+        if (invocation.options.count("timeout"))
+        {
+            const std::uint64_t seconds =
+                ParseUnsigned(invocation.options["timeout"].as<std::string>(), 31u * 24 * 3600, "--timeout");
+            if (seconds == 0)
+            {
+                throw UsageError("--timeout: expected a number of seconds from 1 on, got '0'");
+            }
+            deadline_ = Clock::now() + std::chrono::seconds(seconds);
+        }
+    }
+
+    int Run()
+    {
+        try
+        {
+            connection_ = std::make_unique<KnxdConnection>(url_, false);
+        }
+        catch (const KnxdError& error)
+        {
+            std::cerr << "tavknx monitor: " << error.what() << "\n";
+            return kExitRefused;
+        }
+        // Scripts wait for this line before they put telegrams on the bus.
+        TAV_LOG_AT(MonitorLogger(), log4cplus::INFO_LOG_LEVEL, LogFile::MonitorCommand, 123, "listening to knxd at '" << url_ << "'");
+        while (!StopRequested() && !Done() && Clock::now() < deadline_)
+        {
+            if (connection_)
+            {
+                ReceiveOne();
+            }
+            else
+            {
+                Reconnect();
+            }
+        }
+        if (count_ != 0 && printed_ < count_ && !StopRequested() && invocation_.Out())
+        {
+            std::cerr << "tavknx monitor: time-out with " << printed_ << " of " << count_ << " telegrams\n";
+            return kExitRefused;
+        }
+        return kExitDone;
+    }
+
+private:
+    bool Done() const { return (count_ != 0 && printed_ >= count_) || !invocation_.Out(); }
+
+    void ReceiveOne()
+    {
+        const auto left = std::chrono::duration_cast<milliseconds>(deadline_ - Clock::now());
+        GroupTelegram telegram;
+        try
+        {
+            if (!connection_->Receive(std::min(kLongestWait, left), telegram))
+            {
+                return;
+            }
+        }
+        catch (const KnxdError& error)
+        {
+            TAV_LOG_AT(MonitorLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MonitorCommand, 159,
+                    error.what() << "; trying again, at most every " << kLongestRetry.count() / 1000 << " s");
+            connection_.reset();
+            retry_ = kFirstRetry;
+            attempts_ = 0;
+            return;
+        }
+        invocation_.Out() << reporter_.Report(telegram, std::chrono::system_clock::now(), invocation_.json) << "\n"
+                          << std::flush;
+        ++printed_;
+    }
+
+    void Reconnect()
+    {
+        Pause(retry_, deadline_);
+        if (StopRequested() || Clock::now() >= deadline_)
+        {
+            return;
+        }
+        ++attempts_;
+        try
+        {
+            connection_ = std::make_unique<KnxdConnection>(url_, false);
+            TAV_LOG_AT(MonitorLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MonitorCommand, 182,
+                    "connected to knxd at '" << url_ << "' again after " << attempts_ << " attempt"
+                                             << (attempts_ == 1 ? "" : "s"));
+        }
+        catch (const KnxdError& error)
+        {
+            retry_ = std::min(retry_ * 2, kLongestRetry);
+            TAV_LOG_AT(MonitorLogger(), log4cplus::INFO_LOG_LEVEL, LogFile::MonitorCommand, 189,
+                    error.what() << "; next attempt in " << retry_.count() << " ms");
+        }
+    }
+
+    const Invocation& invocation_;
+    const std::string url_;
+    TelegramReporter reporter_;
+    std::unique_ptr<KnxdConnection> connection_;
+    std::uint64_t count_ = 0;
+    std::uint64_t printed_ = 0;
+    Clock::time_point deadline_;
+    milliseconds retry_ = kFirstRetry;
+    unsigned attempts_ = 0;
+};
+
+int RunMonitor(const Invocation& invocation)
+{
+    invocation.RequireArgs(0, 0, "");
+    const GroupAddressMap map = LoadMap(invocation);
+    Monitor monitor(invocation, map);
+    InstallStopHandlers();
+    return monitor.Run();
+}
+} // namespace
+
+void AddMonitorCommand(std::vector<Command>& commands)
+{
+    commands.push_back(
+        {"monitor", "monitor [--url URL] [--map FILE] [--count N] [--timeout SECONDS]",
+         "print the group telegrams on the bus through knxd, decoded by both paths",
+         "Connects to knxd, opens its group socket and prints one line per group telegram: time (UTC),\n"
+         "source, group address, kind (write, read, response), the value's bytes and bits and, where\n"
+         "the map gives the group address a DPT, the value decoded by GroupValueToOkaValue (codec) and by\n"
+         "the table-driven FromKnxValue (table). A short value (up to 6 bits) arrives with size 6.\n"
+         "A telegram that does not decode is printed as refused; the library's log lines say why.\n"
+         "When knxd goes away the monitor says so, tries again (at most every 5 s) and carries on.\n"
+         "Ends after --count telegrams, after --timeout seconds (exit 1 when --count was not reached),\n"
+         "or on Ctrl-C. Exit 1 also when knxd cannot be reached at the start.\n\n"
+         "Examples:\n"
+         "  tavknx monitor --map groups.txt\n"
+         "  tavknx monitor --url ip:192.168.1.10 --map export.csv --json\n"
+         "  tavknx monitor --url local:/tmp/knx --count 10 --timeout 30\n",
+         AddMonitorOptions, RunMonitor});
+}
+} // namespace TavKnx

@@ -1,0 +1,24 @@
+#pragma once
+// Values and group values as results show them: JSON fields, or a line of text for people.
+#include "knx/Json.h"
+
+#include <platform/GroupValue.h>
+#include <platform/OkaValue.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace TavKnx
+{
+// The value's fields as JSON ("ivt", "type", "subType", "value", and "weekday" for times)
+// added to `object`.
+void AddValueFields(JsonObject& object, const OKAVALUE& value);
+// "Float 21.5 [ivt 3, sub-type 0]".
+std::string DescribeValue(const OKAVALUE& value);
+// The payload alone: "21.5", "true", "\"text\"", "2024-04-30", "12:30:00 weekday 1".
+std::string ValueText(const OKAVALUE& value);
+
+// The group value's raw bytes, all of them.
+std::vector<std::uint8_t> BytesOf(const KnxStack::GroupValue& value);
+} // namespace TavKnx

@@ -1,4 +1,4 @@
-#include <platform/HexText.h>
+#include <platform/detail/HexText.h>
 
 namespace Okaro
 {

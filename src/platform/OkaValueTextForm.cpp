@@ -1,7 +1,7 @@
 // The value model's text form (Serialize, Deserialize) and the log text (ToString).
 // docs/ValueTextForm.md describes the form; it is exchanged with other programs, so any
 // change here must stay readable by the old reader.
-#include <platform/HexText.h>
+#include <platform/detail/HexText.h>
 #include <platform/OkaValue.h>
 #include <platform/OkaValueFamily.h>
 

@@ -2,7 +2,7 @@
 
 #include "knx/TextError.h"
 
-#include <platform/HexText.h>
+#include <platform/detail/HexText.h>
 
 namespace TavKnx
 {

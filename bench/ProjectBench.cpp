@@ -15,7 +15,7 @@
 
 namespace
 {
-constexpr int kPrograms = 12;
+constexpr int kPrograms = 9;
 constexpr int kObjectsPerProgram = 240;
 constexpr int kParametersPerProgram = 2600;
 constexpr int kDevices = 120;
@@ -233,6 +233,7 @@ void BM_ReadProtectedEts5Project(benchmark::State& state)
 {
     TavProject::ReadOptions options;
     options.password = kPassword;
+    Bench();  // generated before the clock starts
     std::size_t objects = 0;
     for (auto _ : state)
     {
@@ -250,6 +251,7 @@ BENCHMARK(BM_ReadProtectedEts5Project)->Unit(benchmark::kMillisecond)->UseRealTi
 // The yardstick: `unzip -p` of the same archive into /dev/null, process start included.
 void BM_UnzipPipeSameArchive(benchmark::State& state)
 {
+    Bench();
     const std::string command = "unzip -p '" + Bench().path + "' > /dev/null 2>&1";
     if (std::system("command -v unzip > /dev/null 2>&1") != 0)
     {

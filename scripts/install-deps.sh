@@ -8,6 +8,7 @@ packages=(
   libboost-system-dev libboost-program-options-dev liblog4cplus-dev librapidxml-dev
   libutfcpp-dev libgtest-dev libgmock-dev libbenchmark-dev cmake g++ make pkg-config
   knxd knxd-tools knxd-dev  # the live-bus commands of tavknx and their tests
+  libzip-dev libssl-dev nlohmann-json3-dev  # the ETS project reader (tavproject)
 )
 packages+=("$@")
 

@@ -9,6 +9,7 @@ packages=(
   libutfcpp-dev libgtest-dev libgmock-dev libbenchmark-dev cmake g++ make pkg-config
   knxd knxd-tools knxd-dev  # the live-bus commands of tavknx and their tests
   dpkg-dev file  # the Debian packages: their dependencies (dpkg-shlibdeps) and checks
+  libzip-dev libssl-dev nlohmann-json3-dev  # the ETS project reader (tavproject)
 )
 packages+=("$@")
 

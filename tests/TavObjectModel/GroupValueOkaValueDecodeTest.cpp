@@ -37,7 +37,7 @@ std::vector<TavTest::LogLine> Reported(const TavTest::LogCapture& capture)
     return capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL);
 }
 
-class GroupValueToOkaValueTest : public TavTest::FixedTimeZoneTest
+class GroupValueToOkaValueTest : public TavTest::TimeZoneFixture
 {
 protected:
     // Decodes and expects exactly this value, with nothing reported at INFO or above.
@@ -161,7 +161,7 @@ TEST_F(GroupValueToOkaValueTest, SignedRelativeStaysAByte)
 
 TEST_F(GroupValueToOkaValueTest, UnsignedSixteenBitMainsAreWords)
 {
-    ExpectDecodes(MakeGroupValue({0xFF, 0xFE}, 16), Packed(7, 1), TavTest::WordValue(65534));
+    ExpectDecodes(MakeGroupValue({0xFF, 0xFE}, 16), Packed(7, 1), TavTest::WideWordValue(65534));
 }
 
 TEST_F(GroupValueToOkaValueTest, UnsignedSixteenBitMainsWithoutMapEntryAreWordsToo)
@@ -172,7 +172,7 @@ TEST_F(GroupValueToOkaValueTest, UnsignedSixteenBitMainsWithoutMapEntryAreWordsT
         TavTest::LogCapture capture;
         const auto decoded = Okaro::GroupValueToOkaValue(MakeGroupValue({0x12, 0x34}, 16), Packed(main, 1));
         ASSERT_TRUE(decoded.has_value());
-        EXPECT_EQ(*decoded, TavTest::WordValue(0x1234));
+        EXPECT_EQ(*decoded, TavTest::WideWordValue(0x1234));
         const std::string dpt = std::to_string(main) + ".1";
         EXPECT_THAT(Reported(capture), ElementsAre(Error("GetEntry - No Entry found for DPT = " + dpt),
                                                    Error("FromKnxValue - No Entry found for DPT = " + dpt),
@@ -499,10 +499,10 @@ TEST_F(GroupValueToOkaValueTest, OnlyTheLow32BitsOfThePackedNumberCount)
 
 // ---- local time ------------------------------------------------------------------------
 
-class GroupValueToOkaValueLocalTimeTest : public TavTest::FixedTimeZoneTest
+class GroupValueToOkaValueLocalTimeTest : public TavTest::TimeZoneFixture
 {
 protected:
-    GroupValueToOkaValueLocalTimeTest() : FixedTimeZoneTest(TavTest::kCentralEuropeanZone) {}
+    GroupValueToOkaValueLocalTimeTest() : TimeZoneFixture(TavTest::kCentralEuropeanZone) {}
 };
 
 TEST_F(GroupValueToOkaValueLocalTimeTest, FieldsAreReadAsLocalSummerTime)

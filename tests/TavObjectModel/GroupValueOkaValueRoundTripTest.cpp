@@ -42,8 +42,8 @@ std::vector<RoundTrip> AgreeingDpts()
         {"Unsigned8_255", Packed(5, 1), TavTest::ByteValue(255)},
         {"SignedRelative_Minus1", Packed(6, 10), TavTest::ByteValue(0xFF)},
         {"SignedRelative_Minus128", Packed(6, 1), TavTest::ByteValue(0x80)},
-        {"Unsigned16_0", Packed(7, 1), TavTest::WordValue(0)},
-        {"Unsigned16_65535", Packed(7, 1), TavTest::WordValue(65535)},
+        {"Unsigned16_0", Packed(7, 1), TavTest::WideWordValue(0)},
+        {"Unsigned16_65535", Packed(7, 1), TavTest::WideWordValue(65535)},
         {"Signed16_Min", Packed(8, 1), TavTest::IntegerValue(-32768)},
         {"Signed16_Max", Packed(8, 1), TavTest::IntegerValue(32767)},
         {"Float16_21", Packed(9, 1), TavTest::FloatValue(21.0)},
@@ -70,17 +70,17 @@ std::vector<RoundTrip> AgreeingDpts()
         {"DateTime_Last2038Second", Packed(19, 1), TavTest::DateTimeValue(2038, 1, 19, 3, 14, 7)},
         {"Enum8_20", Packed(20, 1), TavTest::ByteValue(5)},
         {"Bitset8_21", Packed(21, 1), TavTest::ByteValue(0xA5)},
-        {"Bitset16_22", Packed(22, 1), TavTest::WordValue(0x1234)},
+        {"Bitset16_22", Packed(22, 1), TavTest::WideWordValue(0x1234)},
         {"SceneInfo_26", Packed(26, 1), TavTest::ByteValue(0x40)},
         {"Combined_27", Packed(27, 1), TavTest::DWordValue(0xFFFF0000)},
-        {"Word_217", Packed(217, 1), TavTest::WordValue(0x1234)},
-        {"Word_234", Packed(234, 1), TavTest::WordValue(0x5A5A)},
-        {"Word_237", Packed(237, 600), TavTest::WordValue(0xFFFF)},
+        {"Word_217", Packed(217, 1), TavTest::WideWordValue(0x1234)},
+        {"Word_234", Packed(234, 1), TavTest::WideWordValue(0x5A5A)},
+        {"Word_237", Packed(237, 600), TavTest::WideWordValue(0xFFFF)},
         {"Byte_238", Packed(238, 600), TavTest::ByteValue(0x7F)},
     };
 }
 
-class GroupValueRoundTripTest : public TavTest::FixedTimeZoneTest, public ::testing::WithParamInterface<RoundTrip>
+class GroupValueRoundTripTest : public TavTest::TimeZoneFixture, public ::testing::WithParamInterface<RoundTrip>
 {
 };
 
@@ -99,10 +99,11 @@ INSTANTIATE_TEST_SUITE_P(AgreeingDpts, GroupValueRoundTripTest, ::testing::Value
 
 TEST(GroupValueRoundTripTimeZone, DateTimeComesBackInAnyLocalZone)
 {
+    const TavTest::ScopedTimeZone restoredAfterwards("UTC0");
     for (const char* zone : {"UTC0", TavTest::kCentralEuropeanZone, "EST5EDT,M3.2.0,M11.1.0"})
     {
         SCOPED_TRACE(zone);
-        TavTest::FixedTimeZoneTest::UseZone(zone);
+        TavTest::ScopedTimeZone::Use(zone);
         const OKAVALUE value = TavTest::DateTimeValue(2024, 1, 15, 12, 0, 0);
         const auto encoded = Okaro::OkaValueToGroupValue(value, Packed(19, 1));
         ASSERT_TRUE(encoded.has_value());
@@ -110,13 +111,11 @@ TEST(GroupValueRoundTripTimeZone, DateTimeComesBackInAnyLocalZone)
         ASSERT_TRUE(decoded.has_value());
         EXPECT_EQ(*decoded, value);
     }
-    unsetenv("TZ");
-    tzset();
 }
 
 // ---- where the two directions deliberately disagree ------------------------------------
 
-class GroupValueAsymmetryTest : public TavTest::FixedTimeZoneTest
+class GroupValueAsymmetryTest : public TavTest::TimeZoneFixture
 {
 };
 
@@ -170,9 +169,9 @@ TEST_F(GroupValueAsymmetryTest, SceneNumberIsRangeCheckedOnlyWhenSending)
 
 TEST_F(GroupValueAsymmetryTest, OutOfRangeSixteenBitValuesComeBackClamped)
 {
-    const auto word = Okaro::OkaValueToGroupValue(TavTest::WordValue(70000), Packed(7, 1));
+    const auto word = Okaro::OkaValueToGroupValue(TavTest::WideWordValue(70000), Packed(7, 1));
     ASSERT_TRUE(word.has_value());
-    EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*word, Packed(7, 1))), TavTest::WordValue(65535));
+    EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*word, Packed(7, 1))), TavTest::WideWordValue(65535));
     const auto integer = Okaro::OkaValueToGroupValue(TavTest::IntegerValue(-40000), Packed(8, 1));
     ASSERT_TRUE(integer.has_value());
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*integer, Packed(8, 1))), TavTest::IntegerValue(-32768));

@@ -20,7 +20,7 @@ protected:
     std::vector<LogLine> Refusals() const { return capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL); }
 
     LogCapture capture;
-    const KnxStack::GroupValue untouched = Group({0xAA, 0xBB}, 16);
+    const KnxStack::GroupValue untouched = MakeGroupValue({0xAA, 0xBB}, 16);
     KnxStack::GroupValue out = untouched;
     const OKAVALUE before = StringValue("before", ivtEmpty);
     OKAVALUE value = before;
@@ -37,7 +37,7 @@ std::string Text(const OKAVALUE& value)
 class TimeOfDayConverter : public StructuredConverter
 {
 protected:
-    const KnxConverterTimeOfDay converter;
+    const KnxConverterTimeOfDay converter{};
     const KNXDPT dpt{24, 10, 1};
 };
 
@@ -49,16 +49,16 @@ TEST_F(TimeOfDayConverter, SendsHourMinuteSecondAndWeekday)
     KnxStack::GroupValue expected;
     expected.SetAsTimeOfDay(13, 45, 30, KnxStack::GroupValue::DayOfWeek::Monday);
     EXPECT_EQ(out, expected);
-    EXPECT_THAT(Bytes(out), ElementsAre(0x2Du, 0x2Du, 0x1Eu));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x2Du, 0x2Du, 0x1Eu));
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, time))));
 }
 
 TEST_F(TimeOfDayConverter, SundayAndNoDay)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(2000, 1, 1, 1, 2, 3, 0), ivtDayTime), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0xE1u, 0x02u, 0x03u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0xE1u, 0x02u, 0x03u));
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(2000, 1, 1, 1, 2, 3, 7), ivtDayTime), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x01u, 0x02u, 0x03u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x01u, 0x02u, 0x03u));
 }
 
 TEST_F(TimeOfDayConverter, InvalidTimeListsAllElevenFields)
@@ -87,7 +87,7 @@ TEST_F(TimeOfDayConverter, AnyOneOfMainSubOrTypeSuffices)
 
 TEST_F(TimeOfDayConverter, ReceivedTimeOnThePlaceholderDate)
 {
-    const KnxStack::GroupValue group = Group({0x2D, 0x2D, 0x1E}, 24);
+    const KnxStack::GroupValue group = MakeGroupValue({0x2D, 0x2D, 0x1E}, 24);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtDayTime);
     OKATIME expected{};
@@ -106,14 +106,14 @@ TEST_F(TimeOfDayConverter, ReceivedTimeOnThePlaceholderDate)
 
 TEST_F(TimeOfDayConverter, ReceivedSundayBecomesWeekdayZero)
 {
-    ASSERT_TRUE(converter.FromKnxValue(dpt, Group({0xE1, 0x02, 0x03}, 24), value));
+    ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({0xE1, 0x02, 0x03}, 24), value));
     EXPECT_EQ(value.numeric.time.weekday, 0);
 }
 
 TEST_F(TimeOfDayConverter, ReservedMinuteOrSecondBitsAreRefused)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x0D, 0x40, 0x00}, 24), value));
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x0D, 0x00, 0x80}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x0D, 0x40, 0x00}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x0D, 0x00, 0x80}, 24), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - No valid TimeOfDay datagram, reserved fields ar not zero!"),
                                         Error("FromKnxValue - No valid TimeOfDay datagram, reserved fields ar not zero!")));
@@ -121,16 +121,16 @@ TEST_F(TimeOfDayConverter, ReservedMinuteOrSecondBitsAreRefused)
 
 TEST_F(TimeOfDayConverter, HourTwentyFiveIsRefused)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x19, 0x00, 0x00}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x19, 0x00, 0x00}, 24), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - No valid TimeOfDay (10.001)!")));
 }
 
 TEST_F(TimeOfDayConverter, FromKnxAcceptsMainOrSub)
 {
-    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{24, 11, 1}, Group({1, 2, 3}, 24), value));
+    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{24, 11, 1}, MakeGroupValue({1, 2, 3}, 24), value));
     value = before;
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{24, 11, 2}, Group({1, 2, 3}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{24, 11, 2}, MakeGroupValue({1, 2, 3}, 24), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - Wrong DPT main number (10.001)!")));
 }
@@ -140,7 +140,7 @@ TEST_F(TimeOfDayConverter, FromKnxAcceptsMainOrSub)
 class DateConverter : public StructuredConverter
 {
 protected:
-    const KnxConverterDate converter;
+    const KnxConverterDate converter{};
     const KNXDPT dpt{24, 11, 1};
 };
 
@@ -151,7 +151,7 @@ TEST_F(DateConverter, SendsDayMonthAndTwoDigitYear)
     KnxStack::GroupValue expected;
     expected.SetAsDate(31, 12, 2089);
     EXPECT_EQ(out, expected);
-    EXPECT_THAT(Bytes(out), ElementsAre(31u, 12u, 89u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(31u, 12u, 89u));
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, date))));
 }
 
@@ -174,7 +174,7 @@ TEST_F(DateConverter, YearsOutsideNinetyToEightyNineAreRefusedWithRawMonthAndDay
 TEST_F(DateConverter, NineteenNinetyPasses)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(1990, 1, 1), ivtDate), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(1u, 1u, 90u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(1u, 1u, 90u));
 }
 
 TEST_F(DateConverter, WrongDptUsesTheTimeOfDayText)
@@ -190,7 +190,7 @@ TEST_F(DateConverter, WrongDptUsesTheTimeOfDayText)
 
 TEST_F(DateConverter, ReceivedDate)
 {
-    const KnxStack::GroupValue group = Group({31, 12, 89}, 24);
+    const KnxStack::GroupValue group = MakeGroupValue({31, 12, 89}, 24);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtDate);
     OKATIME expected{};
@@ -202,9 +202,9 @@ TEST_F(DateConverter, ReceivedDate)
 
 TEST_F(DateConverter, ReservedBitsAreRefused)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x21, 1, 24}, 24), value));  // day
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({1, 0x11, 24}, 24), value));  // month
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({1, 1, 0x80}, 24), value));   // year
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x21, 1, 24}, 24), value));  // day
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({1, 0x11, 24}, 24), value));  // month
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({1, 1, 0x80}, 24), value));   // year
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - No valid Date datagram, reserved fields ar not zero!"),
                                         Error("FromKnxValue - No valid Date datagram, reserved fields ar not zero!"),
@@ -213,16 +213,16 @@ TEST_F(DateConverter, ReservedBitsAreRefused)
 
 TEST_F(DateConverter, ThirtyFirstOfFebruaryIsRefused)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({31, 2, 24}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({31, 2, 24}, 24), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - Cannot convert invalid date: year=2024, month=2, day=31")));
 }
 
 TEST_F(DateConverter, FromKnxAcceptsMainOrSub)
 {
-    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{24, 10, 1}, Group({1, 1, 24}, 24), value));
+    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{24, 10, 1}, MakeGroupValue({1, 1, 24}, 24), value));
     value = before;
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{24, 10, 2}, Group({1, 1, 24}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{24, 10, 2}, MakeGroupValue({1, 1, 24}, 24), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - Wrong DPT main number (11.001)!")));
 }
@@ -232,14 +232,14 @@ TEST_F(DateConverter, FromKnxAcceptsMainOrSub)
 class DateTimeConverter : public StructuredConverter
 {
 protected:
-    const KnxConverterDateTime converter;
+    const KnxConverterDateTime converter{};
     const KNXDPT dpt{64, 19, 1};
 };
 
 TEST_F(DateTimeConverter, YearIsSentAsItsLowByteAndReadBackFrom1900)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(2024, 5, 17, 13, 45, 30), ivtDateTime), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0xE8u, 5u, 17u, 13u, 45u, 30u, 0x20u, 0u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0xE8u, 5u, 17u, 13u, 45u, 30u, 0x20u, 0u));
     EXPECT_EQ(out.GetDefinedSize(), 64u);
 
     ASSERT_TRUE(converter.FromKnxValue(dpt, out, value));
@@ -265,9 +265,9 @@ TEST_F(DateTimeConverter, YearsOutside1900To2155AreRefusedWithTheNarrowerText)
 TEST_F(DateTimeConverter, BoundaryYearsPass)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(1900, 1, 1), ivtDateTime), out));
-    EXPECT_EQ(Bytes(out)[0], 0x6Cu);  // 1900 & 0xFF
+    EXPECT_EQ(BytesOf(out)[0], 0x6Cu);  // 1900 & 0xFF
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(2155, 1, 1), ivtDateTime), out));
-    EXPECT_EQ(Bytes(out)[0], 0x6Bu);  // 2155 & 0xFF
+    EXPECT_EQ(BytesOf(out)[0], 0x6Bu);  // 2155 & 0xFF
 }
 
 TEST_F(DateTimeConverter, NoDptOrTypeTest)
@@ -278,7 +278,7 @@ TEST_F(DateTimeConverter, NoDptOrTypeTest)
 
 TEST_F(DateTimeConverter, ReceivedFieldsAreMaskedAndBytesSixAndSevenIgnored)
 {
-    ASSERT_TRUE(converter.FromKnxValue(dpt, Group({124, 0xF3, 0xE4, 0xE5, 0xC6, 0xC7, 0xFF, 0xFF}, 64), value));
+    ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({124, 0xF3, 0xE4, 0xE5, 0xC6, 0xC7, 0xFF, 0xFF}, 64), value));
     EXPECT_EQ(value.numeric.time.year, 2024);
     EXPECT_EQ(value.numeric.time.month, 3);
     EXPECT_EQ(value.numeric.time.day, 4);
@@ -289,8 +289,8 @@ TEST_F(DateTimeConverter, ReceivedFieldsAreMaskedAndBytesSixAndSevenIgnored)
 
 TEST_F(DateTimeConverter, InvalidDateOrTimeIsRefused)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({124, 13, 1, 0, 0, 0, 0, 0}, 64), value));
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({124, 1, 1, 24, 0, 0, 0, 0}, 64), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({124, 13, 1, 0, 0, 0, 0, 0}, 64), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({124, 1, 1, 24, 0, 0, 0, 0}, 64), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.Lines(),
                 ElementsAre(Error("FromKnxValue - Cannot convert invalid date and time: year=2024, month=13, day=1, "
@@ -322,12 +322,12 @@ TEST_F(StringConverter, CharactersOutsideTheRangeAreSentAsUnderscores)
 TEST_F(StringConverter, Latin1RangeSendsLatin1Bytes)
 {
     ASSERT_TRUE(latin1.ToKnxValue(KNXDPT{112, 16, 1}, StringValue("\xC3\xBC"), out));
-    EXPECT_EQ(Bytes(out)[0], 0xFCu);
+    EXPECT_EQ(BytesOf(out)[0], 0xFCu);
 }
 
 TEST_F(StringConverter, ReceivedBytesOutsideTheRangeAreDroppedWithOneInfoLine)
 {
-    const KnxStack::GroupValue group = Group({'a', 0xFC, 'b', 0x01, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112);
+    const KnxStack::GroupValue group = MakeGroupValue({'a', 0xFC, 'b', 0x01, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112);
     ASSERT_TRUE(printable.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtString);
     EXPECT_EQ(Text(value), "ab");
@@ -338,9 +338,9 @@ TEST_F(StringConverter, ReceivedBytesOutsideTheRangeAreDroppedWithOneInfoLine)
 
 TEST_F(StringConverter, CleanTextIsReceivedWithoutInfoLine)
 {
-    ASSERT_TRUE(printable.FromKnxValue(dpt, Group({'H', 'e', 'l', 'l', 'o', 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112), value));
+    ASSERT_TRUE(printable.FromKnxValue(dpt, MakeGroupValue({'H', 'e', 'l', 'l', 'o', 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112), value));
     EXPECT_EQ(Text(value), "Hello");
-    ASSERT_TRUE(latin1.FromKnxValue(KNXDPT{112, 16, 1}, Group({0xFC, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112),
+    ASSERT_TRUE(latin1.FromKnxValue(KNXDPT{112, 16, 1}, MakeGroupValue({0xFC, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112),
                                     value));
     EXPECT_EQ(Text(value), "\xC3\xBC");
     EXPECT_THAT(Refusals(), IsEmpty());
@@ -353,7 +353,7 @@ TEST_F(StringConverter, Refusals)
     out = untouched;
     EXPECT_FALSE(printable.ToKnxValue(KNXDPT{8, 4, 1}, ByteValue(0), out));
     EXPECT_EQ(out, untouched);
-    EXPECT_FALSE(printable.FromKnxValue(KNXDPT{8, 4, 1}, Group({'x'}, 8), value));
+    EXPECT_FALSE(printable.FromKnxValue(KNXDPT{8, 4, 1}, MakeGroupValue({'x'}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("ToKnxValue - Wrong DPT main number (16.x) or oka value type (ivtString)!"),
                                         Error("FromKnxValue - Wrong DPT main number (16.x)!")));

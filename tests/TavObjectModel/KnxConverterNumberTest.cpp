@@ -24,7 +24,7 @@ protected:
     std::vector<LogLine> Refusals() const { return capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL); }
 
     LogCapture capture;
-    const KnxStack::GroupValue untouched = Group({0xAA, 0xBB}, 16);
+    const KnxStack::GroupValue untouched = MakeGroupValue({0xAA, 0xBB}, 16);
     KnxStack::GroupValue out = untouched;
     const OKAVALUE before = StringValue("before", ivtEmpty);
     OKAVALUE value = before;
@@ -39,7 +39,7 @@ TEST_F(NumberConverter, SignedThirtyTwoScalesToKnx)
     const KNXDPT dpt{32, 13, 1};
     ASSERT_TRUE(converter.ToKnxValue(dpt, IntegerValue(5), out));
     EXPECT_EQ(out.GetAsSigned32(), 50);
-    EXPECT_THAT(Bytes(out), ElementsAre(0u, 0u, 0u, 50u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0u, 0u, 0u, 50u));
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, IntegerValue(5)))));
 }
 
@@ -55,7 +55,7 @@ TEST_F(NumberConverter, SignedThirtyTwoDeliversUnscaledFromKnx)
 {
     const KnxConverterInteger32BitSigned converter(IntegerRange::CreateScaled(0, 100, 0, 1000));
     const KNXDPT dpt{32, 13, 1};
-    const KnxStack::GroupValue group = Group({0, 0, 0, 50}, 32);
+    const KnxStack::GroupValue group = MakeGroupValue({0, 0, 0, 50}, 32);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtInteger);
     EXPECT_EQ(value.numeric.integer, 50);  // not 5
@@ -66,7 +66,7 @@ TEST_F(NumberConverter, SignedThirtyTwoChecksReceivedValuesAgainstTheInternalBou
 {
     const KnxConverterInteger32BitSigned converter(IntegerRange::CreateScaled(0, 100, 0, 1000));
     // 500 is a valid external value, yet outside the internal bounds.
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{32, 13, 1}, Group({0, 0, 0x01, 0xF4}, 32), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{32, 13, 1}, MakeGroupValue({0, 0, 0x01, 0xF4}, 32), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - The group value of DPT=13.1 is out of range: 500!")));
 }
@@ -103,8 +103,8 @@ TEST_F(NumberConverter, SignedThirtyTwoAcceptsMainOrType)
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, IntegerValue(7), out));  // the type suffices
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{32, 13, 1}, WordValue(7), out));    // the main number suffices
     EXPECT_EQ(out.GetAsSigned32(), 7);
-    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 9, 1}, RealValue(7.0), out));
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{32, 12, 1}, Group({0, 0, 0, 1}, 32), value));
+    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 9, 1}, FloatValue(7.0), out));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{32, 12, 1}, MakeGroupValue({0, 0, 0, 1}, 32), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("ToKnxValue - Wrong DPT main number (13.x) or oka value type (ivtInteger)!"),
                                         Error("FromKnxValue - Wrong DPT main number (13.x)!")));
@@ -117,8 +117,8 @@ TEST_F(NumberConverter, UnsignedSixteenBothWays)
     const KnxConverterInteger16BitUnsigned converter(IntegerRange::CreateScaled(0, 65535, 0, 65535));
     const KNXDPT dpt{16, 7, 1};
     ASSERT_TRUE(converter.ToKnxValue(dpt, WordValue(0x1234), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x12u, 0x34u));
-    const KnxStack::GroupValue group = Group({0xFE, 0xDC}, 16);
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x12u, 0x34u));
+    const KnxStack::GroupValue group = MakeGroupValue({0xFE, 0xDC}, 16);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtWord);
     EXPECT_EQ(value.numeric.word, 0xFEDC);
@@ -140,7 +140,7 @@ TEST_F(NumberConverter, UnsignedSixteenRefusals)
     const KnxConverterInteger16BitUnsigned converter(IntegerRange::CreateScaled(0, 65535, 0, 65535));
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 8, 1}, IntegerValue(1), out));
     EXPECT_EQ(out, untouched);
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{16, 8, 1}, Group({0, 1}, 16), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{16, 8, 1}, MakeGroupValue({0, 1}, 16), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("ToKnxValue - Wrong DPT main number (7.x) or oka value type (ivtWord)!"),
                                         Error("FromKnxValue - Wrong DPT main number (7.x)!")));
@@ -152,10 +152,10 @@ TEST_F(NumberConverter, SignedSixteenBothWays)
 {
     const KnxConverterInteger16BitSigned converter(IntegerRange::CreateScaled(-32768, 32767, -32768, 32767));
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{16, 8, 1}, IntegerValue(-2), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0xFFu, 0xFEu));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0xFFu, 0xFEu));
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{16, 8, 1}, IntegerValue(70000), out));  // cut to 16 bits
-    EXPECT_THAT(Bytes(out), ElementsAre(0x11u, 0x70u));
-    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 8, 1}, Group({0xFF, 0xFE}, 16), value));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x11u, 0x70u));
+    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 8, 1}, MakeGroupValue({0xFF, 0xFE}, 16), value));
     EXPECT_EQ(value.type, ivtInteger);
     EXPECT_EQ(value.numeric.integer, -2);
     EXPECT_THAT(Refusals(), IsEmpty());
@@ -168,7 +168,7 @@ TEST_F(NumberConverter, SignedSixteenRefusals)
     out = untouched;
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 7, 1}, WordValue(1), out));
     EXPECT_EQ(out, untouched);
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{16, 7, 1}, Group({0, 1}, 16), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{16, 7, 1}, MakeGroupValue({0, 1}, 16), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("ToKnxValue - Wrong DPT main number (8.x) or oka value type (ivtInteger)!"),
                                         Error("FromKnxValue - Wrong DPT main number (8.x)!")));
@@ -182,7 +182,7 @@ TEST_F(NumberConverter, TwentyFourBitKeepsTheLowBitsMostSignificantFirst)
     const KNXDPT dpt{24, 232, 600};
     const OKAVALUE big = IntegerValue((1 << 24) + 1, ivtDWord);
     ASSERT_TRUE(converter.ToKnxValue(dpt, big, out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x00u, 0x00u, 0x01u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x00u, 0x00u, 0x01u));
     EXPECT_EQ(out.GetDefinedSize(), 24u);
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, big))));
 }
@@ -191,8 +191,8 @@ TEST_F(NumberConverter, TwentyFourBitHasNoTest)
 {
     const KnxConverterInteger24BitUnsigned converter(IntegerRange64::CreateScaled(0, 16777215, 0, 16777215));
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{8, 1, 1}, IntegerValue(0x123456, ivtString), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x12u, 0x34u, 0x56u));
-    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{8, 1, 1}, Group({0xAB, 0xCD, 0xEF}, 24), value));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x12u, 0x34u, 0x56u));
+    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{8, 1, 1}, MakeGroupValue({0xAB, 0xCD, 0xEF}, 24), value));
     EXPECT_EQ(value.numeric.integer, 0xABCDEF);
     EXPECT_EQ(value.type, ivtEmpty);  // the type is left to the caller
     EXPECT_THAT(Refusals(), IsEmpty());
@@ -205,7 +205,7 @@ TEST_F(NumberConverter, UnsignedThirtyTwoTestsTheTypeOnly)
     const KnxConverterInteger32BitUnsigned converter(IntegerRange64::CreateScaled(0, 4294967295LL, 0, 4294967295LL));
     const KNXDPT dpt{16, 7, 1};
     ASSERT_TRUE(converter.ToKnxValue(dpt, DWordValue(4294967295u), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0xFFu, 0xFFu, 0xFFu, 0xFFu));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0xFFu, 0xFFu, 0xFFu, 0xFFu));
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, DWordValue(4294967295u)))));
 }
 
@@ -222,7 +222,7 @@ TEST_F(NumberConverter, UnsignedThirtyTwoRefusals)
 TEST_F(NumberConverter, UnsignedThirtyTwoFromKnxHasNoDptTest)
 {
     const KnxConverterInteger32BitUnsigned converter(IntegerRange64::CreateScaled(0, 1000, 0, 1000));
-    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 9, 1}, Group({0, 0, 0x03, 0xE8}, 32), value));
+    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 9, 1}, MakeGroupValue({0, 0, 0x03, 0xE8}, 32), value));
     EXPECT_EQ(value.type, ivtDWord);
     EXPECT_EQ(value.numeric.dword, 1000u);
 }
@@ -230,7 +230,7 @@ TEST_F(NumberConverter, UnsignedThirtyTwoFromKnxHasNoDptTest)
 TEST_F(NumberConverter, UnsignedThirtyTwoFromKnxNamesTheOutputsCurrentType)
 {
     const KnxConverterInteger32BitUnsigned converter(IntegerRange64::CreateScaled(0, 1000, 0, 1000));
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{32, 12, 1}, Group({0, 0, 0x03, 0xE9}, 32), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{32, 12, 1}, MakeGroupValue({0, 0, 0x03, 0xE9}, 32), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - The internal value of DPT=12.1, ivt=1 is out of range: 1001!")));
 }
@@ -246,9 +246,9 @@ protected:
 
 TEST_F(Float16, WritesValuesInRange)
 {
-    ASSERT_TRUE(converter.ToKnxValue(dpt, RealValue(21.0), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x0Cu, 0x1Au));
-    EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, RealValue(21.0)))));
+    ASSERT_TRUE(converter.ToKnxValue(dpt, FloatValue(21.0), out));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x0Cu, 0x1Au));
+    EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, FloatValue(21.0)))));
 }
 
 TEST_F(Float16, InvalidValueIsSentAs32767)
@@ -258,12 +258,12 @@ TEST_F(Float16, InvalidValueIsSentAs32767)
     KnxStack::GroupValue expected;
     expected.SetAsFloat16(32767.0);
     EXPECT_EQ(out, expected);
-    EXPECT_THAT(Bytes(out), ElementsAre(0x7Fu, 0xFFu));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x7Fu, 0xFFu));
 }
 
 TEST_F(Float16, RefusesOutsideTheInnerBounds)
 {
-    EXPECT_FALSE(converter.ToKnxValue(dpt, RealValue(-300.0), out));
+    EXPECT_FALSE(converter.ToKnxValue(dpt, FloatValue(-300.0), out));
     EXPECT_EQ(out, untouched);
     EXPECT_THAT(Refusals(),
                 ElementsAre(Error("ToKnxValue - The internal value of DPT=9.1, f=-300 is out of the allowed range.")));
@@ -271,7 +271,7 @@ TEST_F(Float16, RefusesOutsideTheInnerBounds)
 
 TEST_F(Float16, AcceptsMainTypeOrInvalid)
 {
-    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{32, 14, 1}, RealValue(1.0), out));
+    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{32, 14, 1}, FloatValue(1.0), out));
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{32, 14, 1}, OKAVALUE(kInvalid), out));
     EXPECT_TRUE(converter.ToKnxValue(dpt, IntegerValue(0), out));
     out = untouched;
@@ -282,15 +282,15 @@ TEST_F(Float16, AcceptsMainTypeOrInvalid)
 
 TEST_F(Float16, ReceivedInvalidCodeGivesAnInvalidValue)
 {
-    value = RealValue(1.25);
-    ASSERT_TRUE(converter.FromKnxValue(dpt, Group({0x7F, 0xFF}, 16), value));
+    value = FloatValue(1.25);
+    ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({0x7F, 0xFF}, 16), value));
     EXPECT_EQ(value.type, kInvalid);
     EXPECT_EQ(value.numeric.real, 1.25);  // numeric part untouched
 }
 
 TEST_F(Float16, FromKnxStoresTheDoubleWithoutSettingTheType)
 {
-    const KnxStack::GroupValue group = Group({0x0C, 0x1A}, 16);
+    const KnxStack::GroupValue group = MakeGroupValue({0x0C, 0x1A}, 16);
     ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 7, 1}, group, value));  // no DPT test
     EXPECT_EQ(value.numeric.real, 21.0);
     EXPECT_EQ(value.type, ivtEmpty);
@@ -321,30 +321,30 @@ protected:
 
 TEST_F(Float32, WritesTheNarrowedDouble)
 {
-    ASSERT_TRUE(converter.ToKnxValue(dpt, RealValue(1.5), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x3Fu, 0xC0u, 0x00u, 0x00u));
-    EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, RealValue(1.5)))));
+    ASSERT_TRUE(converter.ToKnxValue(dpt, FloatValue(1.5), out));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x3Fu, 0xC0u, 0x00u, 0x00u));
+    EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, FloatValue(1.5)))));
 }
 
 TEST_F(Float32, HasNoRangeCheck)
 {
-    ASSERT_TRUE(converter.ToKnxValue(dpt, RealValue(1e39), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x7Fu, 0x80u, 0x00u, 0x00u));  // +infinity
+    ASSERT_TRUE(converter.ToKnxValue(dpt, FloatValue(1e39), out));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x7Fu, 0x80u, 0x00u, 0x00u));  // +infinity
 }
 
 TEST_F(Float32, InvalidValueIsSentAsAQuietNan)
 {
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, OKAVALUE(kInvalid), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x7Fu, 0xC0u, 0x00u, 0x00u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x7Fu, 0xC0u, 0x00u, 0x00u));
 }
 
 TEST_F(Float32, Refusals)
 {
-    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, RealValue(2.0), out));  // the type suffices
+    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, FloatValue(2.0), out));  // the type suffices
     out = untouched;
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 9, 1}, IntegerValue(2), out));
     EXPECT_EQ(out, untouched);
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{16, 9, 1}, Group({0x3F, 0xC0, 0, 0}, 32), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{16, 9, 1}, MakeGroupValue({0x3F, 0xC0, 0, 0}, 32), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("ToKnxValue - Wrong DPT main number (14.x) or oka value type (ivtFloat)!"),
                                         Error("FromKnxValue - Wrong DPT main number (14.x)!")));
@@ -352,7 +352,7 @@ TEST_F(Float32, Refusals)
 
 TEST_F(Float32, FromKnxGivesAFloat)
 {
-    const KnxStack::GroupValue group = Group({0x3F, 0xC0, 0, 0}, 32);
+    const KnxStack::GroupValue group = MakeGroupValue({0x3F, 0xC0, 0, 0}, 32);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtFloat);
     EXPECT_EQ(value.numeric.real, 1.5);
@@ -361,7 +361,7 @@ TEST_F(Float32, FromKnxGivesAFloat)
 
 TEST_F(Float32, ReceivedNanGivesTypeZeroWithTheNan)
 {
-    ASSERT_TRUE(converter.FromKnxValue(dpt, Group({0x7F, 0xC0, 0, 0}, 32), value));
+    ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({0x7F, 0xC0, 0, 0}, 32), value));
     EXPECT_EQ(value.type, kInvalid);
     EXPECT_TRUE(std::isnan(value.numeric.real));
 }

@@ -293,7 +293,7 @@ class DefaultConverter : public ::testing::Test
 protected:
     LogCapture capture;
     KnxConverterDefault converter;
-    KnxStack::GroupValue untouched = Group({0xAA}, 8);
+    KnxStack::GroupValue untouched = MakeGroupValue({0xAA}, 8);
     KnxStack::GroupValue out = untouched;
 };
 
@@ -352,7 +352,7 @@ TEST_F(DefaultConverter, ByteSizeIsRoundedUp)
 {
     // 12 bits are two bytes: a word fits.
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{12, 99, 1}, WordValue(0x1234), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x12u, 0x34u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x12u, 0x34u));
     EXPECT_EQ(out.GetDefinedSize(), 16u);
 
     // 8 bits are one byte: it does not.
@@ -373,12 +373,12 @@ TEST_F(DefaultConverter, OneByteResultIsWrittenAsUnsigned8)
 
 TEST_F(DefaultConverter, PercentAndDimmingStepTravelAsOneByte)
 {
-    ASSERT_TRUE(converter.ToKnxValue(KNXDPT{16, 99, 1}, RealValue(42.4, static_cast<OkaValueType>(1005)), out));
+    ASSERT_TRUE(converter.ToKnxValue(KNXDPT{16, 99, 1}, FloatValue(42.4, static_cast<OkaValueType>(1005)), out));
     KnxStack::GroupValue expected;
     expected.SetAsUnsigned8(42);
     EXPECT_EQ(out, expected);
 
-    ASSERT_TRUE(converter.ToKnxValue(KNXDPT{0, 99, 1}, RealValue(7.0, static_cast<OkaValueType>(1037)), out));
+    ASSERT_TRUE(converter.ToKnxValue(KNXDPT{0, 99, 1}, FloatValue(7.0, static_cast<OkaValueType>(1037)), out));
     expected.SetAsUnsigned8(7);
     EXPECT_EQ(out, expected);
     EXPECT_THAT(capture.Lines(), IsEmpty());
@@ -394,7 +394,7 @@ TEST_F(DefaultConverter, CodecFailureIsRefused)
 TEST_F(DefaultConverter, FromKnxValueUsesTheGenericCodec)
 {
     OKAVALUE value;
-    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 99, 1}, Group({0x12, 0x34}, 16), value));
+    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 99, 1}, MakeGroupValue({0x12, 0x34}, 16), value));
     EXPECT_EQ(value.type, ivtWord);
     EXPECT_EQ(value.numeric.word, 0x1234);
     EXPECT_THAT(capture.Lines(), IsEmpty());
@@ -404,7 +404,7 @@ TEST_F(DefaultConverter, FromKnxValueFailureResetsTheOutputToEmpty)
 {
     OKAVALUE value = StringValue("keep me");
     value.subType = OkaDP::istLatin1Text;
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{40, 99, 2}, Group({1, 2, 3, 4, 5}, 40), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{40, 99, 2}, MakeGroupValue({1, 2, 3, 4, 5}, 40), value));
     EXPECT_EQ(value, OKAVALUE());
     EXPECT_EQ(value.type, ivtEmpty);
     EXPECT_EQ(value.text.length(), 0u);
@@ -501,7 +501,7 @@ TEST(KnxConverterSharing, OneConverterServesSeveralThreads)
                 const double x = t * 10.0 + (i % 8) * 0.5;
                 KnxStack::GroupValue group;
                 OKAVALUE back(ivtFloat);
-                if (!converter.ToKnxValue(KNXDPT{16, 9, 1}, RealValue(x), group) ||
+                if (!converter.ToKnxValue(KNXDPT{16, 9, 1}, FloatValue(x), group) ||
                     !converter.FromKnxValue(KNXDPT{16, 9, 1}, group, back) || back.numeric.real != x)
                 {
                     ++failures;

@@ -26,7 +26,7 @@ protected:
     }
 
     LogCapture capture;
-    const KnxStack::GroupValue untouched = Group({0xAA, 0xBB}, 16);
+    const KnxStack::GroupValue untouched = MakeGroupValue({0xAA, 0xBB}, 16);
     KnxStack::GroupValue out = untouched;
     const OKAVALUE before = StringValue("before", ivtEmpty);
     OKAVALUE value = before;
@@ -37,7 +37,7 @@ protected:
 
 TEST_F(SmallConverter, OneBitWritesTheBoolean)
 {
-    const KnxConverter1Bit converter;
+    const KnxConverter1Bit converter{};
     const KNXDPT dpt{1, 1, 1};
     const OKAVALUE on = BoolValue(true);
     ASSERT_TRUE(converter.ToKnxValue(dpt, on, out));
@@ -49,14 +49,14 @@ TEST_F(SmallConverter, OneBitWritesTheBoolean)
 
 TEST_F(SmallConverter, OneBitTraceLineText)
 {
-    const KnxConverter1Bit converter;
+    const KnxConverter1Bit converter{};
     converter.ToKnxValue(KNXDPT{1, 1, 1}, BoolValue(true), out);
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace("ToKnxValue - DPT is used. DPT = 1.1 ivt=2 val=Bool true")));
 }
 
 TEST_F(SmallConverter, OneBitRefusesAByteWithOnlyTheTraceLine)
 {
-    const KnxConverter1Bit converter;
+    const KnxConverter1Bit converter{};
     const KNXDPT dpt{1, 1, 1};
     const OKAVALUE byte = ByteValue(1);
     EXPECT_FALSE(converter.ToKnxValue(dpt, byte, out));
@@ -66,7 +66,7 @@ TEST_F(SmallConverter, OneBitRefusesAByteWithOnlyTheTraceLine)
 
 TEST_F(SmallConverter, OneBitNeedsMainNumberOneAndABoolean)
 {
-    const KnxConverter1Bit converter;
+    const KnxConverter1Bit converter{};
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{1, 2, 1}, BoolValue(true), out));
     EXPECT_EQ(out, untouched);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
@@ -74,8 +74,8 @@ TEST_F(SmallConverter, OneBitNeedsMainNumberOneAndABoolean)
 
 TEST_F(SmallConverter, OneBitFromKnxSetsTheBooleanOnlyAndWritesNoTrace)
 {
-    const KnxConverter1Bit converter;
-    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{1, 1, 1}, Group({0x01}, 1), value));
+    const KnxConverter1Bit converter{};
+    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{1, 1, 1}, MakeGroupValue({0x01}, 1), value));
     EXPECT_TRUE(value.numeric.boolean);
     EXPECT_EQ(value.type, ivtEmpty);  // the type is left to the caller
     EXPECT_THAT(capture.Lines(), IsEmpty());
@@ -83,8 +83,8 @@ TEST_F(SmallConverter, OneBitFromKnxSetsTheBooleanOnlyAndWritesNoTrace)
 
 TEST_F(SmallConverter, OneBitFromKnxRefusesSilently)
 {
-    const KnxConverter1Bit converter;
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{1, 5, 1}, Group({0x01}, 1), value));
+    const KnxConverter1Bit converter{};
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{1, 5, 1}, MakeGroupValue({0x01}, 1), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
@@ -93,7 +93,7 @@ TEST_F(SmallConverter, OneBitFromKnxRefusesSilently)
 
 TEST_F(SmallConverter, TwoBitWritesTheByteUnchecked)
 {
-    const KnxConverter2Bit converter;
+    const KnxConverter2Bit converter{};
     const KNXDPT dpt{2, 2, 1};
     ASSERT_TRUE(converter.ToKnxValue(dpt, ByteValue(3), out));
     EXPECT_EQ(out, Written(&KnxStack::GroupValue::SetAsUnsigned2, 3));
@@ -104,7 +104,7 @@ TEST_F(SmallConverter, TwoBitWritesTheByteUnchecked)
 
 TEST_F(SmallConverter, TwoBitNeedsMainNumberAndByte)
 {
-    const KnxConverter2Bit converter;
+    const KnxConverter2Bit converter{};
     const KNXDPT dpt{2, 2, 1};
     EXPECT_FALSE(converter.ToKnxValue(dpt, BoolValue(true), out));
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{2, 3, 1}, ByteValue(1), out));
@@ -118,9 +118,9 @@ TEST_F(SmallConverter, TwoBitNeedsMainNumberAndByte)
 
 TEST_F(SmallConverter, TwoBitFromKnx)
 {
-    const KnxConverter2Bit converter;
+    const KnxConverter2Bit converter{};
     const KNXDPT dpt{2, 2, 1};
-    const KnxStack::GroupValue group = Group({0x02}, 2);
+    const KnxStack::GroupValue group = MakeGroupValue({0x02}, 2);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtByte);
     EXPECT_EQ(value.numeric.byte, 2);
@@ -129,15 +129,15 @@ TEST_F(SmallConverter, TwoBitFromKnx)
 
 TEST_F(SmallConverter, FromKnxTraceLineText)
 {
-    const KnxConverter2Bit converter;
-    converter.FromKnxValue(KNXDPT{2, 2, 1}, Group({0x02}, 6), value);
+    const KnxConverter2Bit converter{};
+    converter.FromKnxValue(KNXDPT{2, 2, 1}, MakeGroupValue({0x02}, 6), value);
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace("FromKnxValue - DPT is used. DPT = 2.1 grp.size=6 grp.val=02")));
 }
 
 TEST_F(SmallConverter, TwoBitFromKnxRefusesOtherMainNumbers)
 {
-    const KnxConverter2Bit converter;
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{2, 1, 1}, Group({0x02}, 2), value));
+    const KnxConverter2Bit converter{};
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{2, 1, 1}, MakeGroupValue({0x02}, 2), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("FromKnxValue - Wrong DPT main number (2.x)!")));
@@ -168,7 +168,7 @@ TEST_F(FourBit, RefusesSixteen)
 
 TEST_F(FourBit, NeedsMainNumberAndByte)
 {
-    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{4, 3, 7}, RealValue(50.0), out));
+    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{4, 3, 7}, FloatValue(50.0), out));
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{4, 2, 7}, ByteValue(1), out));
     EXPECT_EQ(out, untouched);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
@@ -178,7 +178,7 @@ TEST_F(FourBit, NeedsMainNumberAndByte)
 
 TEST_F(FourBit, FromKnxSetsTheByteOnly)
 {
-    const KnxStack::GroupValue group = Group({0x0B}, 4);
+    const KnxStack::GroupValue group = MakeGroupValue({0x0B}, 4);
     ASSERT_TRUE(converter.FromKnxValue(KNXDPT{4, 3, 7}, group, value));
     EXPECT_EQ(value.numeric.byte, 11);
     EXPECT_EQ(value.type, ivtEmpty);
@@ -187,7 +187,7 @@ TEST_F(FourBit, FromKnxSetsTheByteOnly)
 
 TEST_F(FourBit, FromKnxRefusesOtherMainNumbers)
 {
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{4, 2, 7}, Group({0x0B}, 4), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{4, 2, 7}, MakeGroupValue({0x0B}, 4), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("FromKnxValue - Wrong DPT main number (3.x)!")));
@@ -233,7 +233,7 @@ TEST_F(Character, AsciiRefusesEAcuteAfterLatin1Conversion)
 TEST_F(Character, Latin1WritesEAcuteAsOneByte)
 {
     ASSERT_TRUE(latin1.ToKnxValue(dpt4002, StringValue(eAcute + "xyz"), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0xE9u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0xE9u));
     EXPECT_EQ(out.GetDefinedSize(), 8u);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
 }
@@ -250,7 +250,7 @@ TEST_F(Character, NeedsMainNumberAndString)
 
 TEST_F(Character, FromKnxAscii)
 {
-    const KnxStack::GroupValue group = Group({0x41}, 8);
+    const KnxStack::GroupValue group = MakeGroupValue({0x41}, 8);
     ASSERT_TRUE(ascii.FromKnxValue(dpt4001, group, value));
     EXPECT_EQ(value.type, ivtString);
     EXPECT_STREQ(value.text.c_str(), "A");
@@ -259,7 +259,7 @@ TEST_F(Character, FromKnxAscii)
 
 TEST_F(Character, FromKnxAsciiRefusesTheHighBit)
 {
-    EXPECT_FALSE(ascii.FromKnxValue(dpt4001, Group({0xE9}, 8), value));
+    EXPECT_FALSE(ascii.FromKnxValue(dpt4001, MakeGroupValue({0xE9}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("FromKnxValue - Value out of raw range [0..127] for DPT 4.001: 233")));
@@ -267,17 +267,17 @@ TEST_F(Character, FromKnxAsciiRefusesTheHighBit)
 
 TEST_F(Character, FromKnxLatin1GivesTheTwoByteUtf8Form)
 {
-    ASSERT_TRUE(latin1.FromKnxValue(dpt4002, Group({0xE9}, 8), value));
+    ASSERT_TRUE(latin1.FromKnxValue(dpt4002, MakeGroupValue({0xE9}, 8), value));
     EXPECT_EQ(value.type, ivtString);
     EXPECT_EQ(std::string(value.text.c_str(), value.text.length()), eAcute);
 
-    ASSERT_TRUE(latin1.FromKnxValue(dpt4002, Group({0x41}, 8), value));
+    ASSERT_TRUE(latin1.FromKnxValue(dpt4002, MakeGroupValue({0x41}, 8), value));
     EXPECT_STREQ(value.text.c_str(), "A");
 }
 
 TEST_F(Character, FromKnxRefusesOtherMainNumbers)
 {
-    EXPECT_FALSE(ascii.FromKnxValue(KNXDPT{8, 5, 1}, Group({0x41}, 8), value));
+    EXPECT_FALSE(ascii.FromKnxValue(KNXDPT{8, 5, 1}, MakeGroupValue({0x41}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("FromKnxValue - Wrong DPT main number (4.x)!")));
@@ -303,12 +303,12 @@ TEST_F(SmallConverter, UnsignedByteFromKnxAcceptsOnlyInsideTheRange)
 {
     const KnxConverterByte8BitUnsigned converter(IntegerRange(255, 255, 255, 255));
     const KNXDPT dpt{8, 5, 1};
-    ASSERT_TRUE(converter.FromKnxValue(dpt, Group({0xFF}, 8), value));
+    ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({0xFF}, 8), value));
     EXPECT_EQ(value.type, ivtByte);
     EXPECT_EQ(value.numeric.byte, 255);
 
     value = before;
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0xFE}, 8), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0xFE}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("FromKnxValue - Value out of raw range IntegerRange(255, 255, 255, 255) for DPT "
@@ -338,7 +338,7 @@ TEST_F(SmallConverter, UnsignedByteNeedsMainNumberFiveAndByte)
 TEST_F(SmallConverter, UnsignedByteFromKnxHasNoDptTest)
 {
     const KnxConverterByte8BitUnsigned converter(IntegerRange::CreateScaled(0, 4, 0, 4));
-    const KnxStack::GroupValue group = Group({0x03}, 8);
+    const KnxStack::GroupValue group = MakeGroupValue({0x03}, 8);
     ASSERT_TRUE(converter.FromKnxValue(KNXDPT{8, 20, 102}, group, value));
     EXPECT_EQ(value.type, ivtByte);
     EXPECT_EQ(value.numeric.byte, 3);
@@ -351,9 +351,9 @@ TEST_F(SmallConverter, SignedByteCutsTheIntegerToEightBits)
 {
     const KnxConverterInteger8BitSigned converter(IntegerRange::CreateScaled(-128, 127, -128, 127));
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{8, 6, 1}, IntegerValue(-1), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0xFFu));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0xFFu));
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{8, 6, 1}, IntegerValue(300), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x2Cu));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x2Cu));
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
 }
 
@@ -371,7 +371,7 @@ TEST_F(SmallConverter, SignedByteNeedsMainNumberAndInteger)
 TEST_F(SmallConverter, SignedByteFromKnxSignExtendsWithoutDptTest)
 {
     const KnxConverterInteger8BitSigned converter(IntegerRange::CreateScaled(-128, 127, -128, 127));
-    const KnxStack::GroupValue group = Group({0xFF}, 8);
+    const KnxStack::GroupValue group = MakeGroupValue({0xFF}, 8);
     ASSERT_TRUE(converter.FromKnxValue(KNXDPT{8, 99, 1}, group, value));
     EXPECT_EQ(value.type, ivtInteger);
     EXPECT_EQ(value.numeric.integer, -1);
@@ -390,8 +390,8 @@ protected:
 TEST_F(StatusWithMode, ModeOneConvertsBothWays)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, ByteValue(0x21), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x21u));
-    ASSERT_TRUE(converter.FromKnxValue(dpt, Group({0x21}, 8), value));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x21u));
+    ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({0x21}, 8), value));
     EXPECT_EQ(value.type, ivtByte);
     EXPECT_EQ(value.numeric.byte, 0x21);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
@@ -400,7 +400,7 @@ TEST_F(StatusWithMode, ModeOneConvertsBothWays)
 TEST_F(StatusWithMode, ModeThreeIsRefusedButAlreadyWrittenToKnx)
 {
     EXPECT_FALSE(converter.ToKnxValue(dpt, ByteValue(0x23), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x23u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x23u));
     EXPECT_THAT(capture.Lines(),
                 ElementsAre(Trace(ToTraceText(dpt, ByteValue(0x23))),
                             Error("ToKnxValue - The internal value of DPT=6.20, f=\x03 is out of the allowed range.")));
@@ -408,7 +408,7 @@ TEST_F(StatusWithMode, ModeThreeIsRefusedButAlreadyWrittenToKnx)
 
 TEST_F(StatusWithMode, ModeThreeIsRefusedFromKnx)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x23}, 8), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x23}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("FromKnxValue - The internal value of DPT=6.20, f=\x03 is out of the allowed range.")));
@@ -426,7 +426,7 @@ TEST_F(StatusWithMode, AnyOneOfMainSubOrTypeSuffices)
 {
     // Sub number 20 alone, with a word value.
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 7, 20}, WordValue(0x22), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x22u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x22u));
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{8, 6, 1}, IntegerValue(0x24), out));
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{8, 5, 1}, ByteValue(0x21), out));
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
@@ -442,11 +442,11 @@ TEST_F(StatusWithMode, RefusedWhenNoneMatches)
 
 TEST_F(StatusWithMode, FromKnxAcceptsMainOrSub)
 {
-    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{8, 7, 20}, Group({0x22}, 8), value));
-    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{8, 6, 1}, Group({0x24}, 8), value));
+    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{8, 7, 20}, MakeGroupValue({0x22}, 8), value));
+    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{8, 6, 1}, MakeGroupValue({0x24}, 8), value));
     EXPECT_EQ(value.numeric.byte, 0x24);
     value = before;
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{8, 7, 5}, Group({0x21}, 8), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{8, 7, 5}, MakeGroupValue({0x21}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("FromKnxValue - Wrong DPT main number (6.020)!")));
@@ -464,7 +464,7 @@ protected:
 TEST_F(SceneNumber, WritesScenesInRange)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, IntegerValue(63), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(63u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(63u));
 }
 
 TEST_F(SceneNumber, SixtyFourIsRefusedToKnx)
@@ -479,7 +479,7 @@ TEST_F(SceneNumber, SixtyFourIsRefusedToKnx)
 
 TEST_F(SceneNumber, SixtyFourIsRefusedFromKnxButStored)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({64}, 8), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({64}, 8), value));
     EXPECT_EQ(value.numeric.integer, 64);
     EXPECT_EQ(value.type, ivtEmpty);
     EXPECT_STREQ(value.text.c_str(), "before");
@@ -489,7 +489,7 @@ TEST_F(SceneNumber, SixtyFourIsRefusedFromKnxButStored)
 
 TEST_F(SceneNumber, FromKnxSetsByteType)
 {
-    const KnxStack::GroupValue group = Group({5}, 8);
+    const KnxStack::GroupValue group = MakeGroupValue({5}, 8);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtByte);
     EXPECT_EQ(value.numeric.integer, 5);
@@ -499,19 +499,19 @@ TEST_F(SceneNumber, FromKnxSetsByteType)
 TEST_F(SceneNumber, AnyOneOfMainSubOrTypeSuffices)
 {
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{8, 17, 5}, IntegerValue(5), out));  // main 17
-    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, RealValue(0.0), out));  // sub 1
+    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, FloatValue(0.0), out));  // sub 1
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{8, 5, 2}, ByteValue(7), out));     // ivtByte
-    EXPECT_THAT(Bytes(out), ElementsAre(7u));
-    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 9, 2}, RealValue(0.0), out));
+    EXPECT_THAT(BytesOf(out), ElementsAre(7u));
+    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 9, 2}, FloatValue(0.0), out));
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("ToKnxValue - Wrong DPT main number (17.001) or oka value type (ivtByte)!")));
 }
 
 TEST_F(SceneNumber, FromKnxAcceptsMainOrSub)
 {
-    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{8, 5, 1}, Group({5}, 8), value));
+    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{8, 5, 1}, MakeGroupValue({5}, 8), value));
     value = before;
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{8, 5, 2}, Group({5}, 8), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{8, 5, 2}, MakeGroupValue({5}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("FromKnxValue - Wrong DPT main number (17.001)!")));
@@ -529,8 +529,8 @@ protected:
 TEST_F(SceneControl, LearnFlagPassesThrough)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, ByteValue(0x85), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x85u));
-    ASSERT_TRUE(converter.FromKnxValue(dpt, Group({0x85}, 8), value));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x85u));
+    ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({0x85}, 8), value));
     EXPECT_EQ(value.numeric.byte, 0x85);
     EXPECT_EQ(value.type, ivtEmpty);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
@@ -547,7 +547,7 @@ TEST_F(SceneControl, ReservedBitSixIsRefusedToKnxWithTheSceneAsARawCharacter)
 
 TEST_F(SceneControl, ReservedBitSixIsRefusedFromKnx)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x45}, 8), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x45}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("FromKnxValue - Reserved bit is used for scene number in DPT scene control!")));
@@ -558,7 +558,7 @@ TEST_F(SceneControl, NeedsMainSubAndByte)
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 18, 2}, ByteValue(1), out));
     EXPECT_FALSE(converter.ToKnxValue(dpt, IntegerValue(1), out));
     EXPECT_EQ(out, untouched);
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{8, 17, 1}, Group({1}, 8), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{8, 17, 1}, MakeGroupValue({1}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("ToKnxValue - Wrong DPT for Scene number (18.001) or oka value type (ivtByte)."),
@@ -578,8 +578,8 @@ protected:
 TEST_F(SceneInfo, ThreeFPasses)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, ByteValue(0x3F), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x3Fu));
-    ASSERT_TRUE(converter.FromKnxValue(dpt, Group({0x3F}, 8), value));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x3Fu));
+    ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({0x3F}, 8), value));
     EXPECT_EQ(value.numeric.byte, 0x3F);
     EXPECT_EQ(value.type, ivtEmpty);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
@@ -589,7 +589,7 @@ TEST_F(SceneInfo, ReservedBitEightIsRefusedBothWays)
 {
     EXPECT_FALSE(converter.ToKnxValue(dpt, ByteValue(0x80), out));
     EXPECT_EQ(out, untouched);
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x80}, 8), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x80}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("ToKnxValue - Reserved bit 8 is set for SceneInfo; skipped."),
@@ -601,7 +601,7 @@ TEST_F(SceneInfo, NeedsMainSubAndByte)
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 26, 2}, ByteValue(1), out));
     EXPECT_FALSE(converter.ToKnxValue(dpt, WordValue(1), out));
     EXPECT_EQ(out, untouched);
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{8, 26, 2}, Group({1}, 8), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{8, 26, 2}, MakeGroupValue({1}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("ToKnxValue - Wrong DPT for Scene number (26.001) or oka value type (ivtByte)."),

@@ -1,3 +1,5 @@
+#include "support/ScopedTimeZone.h"
+
 #include <TavObjectModel/KnxLdsMapping.h>
 #include <TavObjectModel/MainTypeInfoTable.h>
 #include <platform/OkaValue.h>
@@ -6,8 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdlib>
-#include <ctime>
 #include <functional>
 #include <string>
 
@@ -76,14 +76,10 @@ const ExpectedRow kExpectedRows[] = {
 };
 
 // The date rows are built from local time; fix the zone so the texts do not depend on the host.
-class MainTypeTable : public ::testing::Test
+class MainTypeTable : public TavTest::TimeZoneFixture
 {
 protected:
-    void SetUp() override
-    {
-        setenv("TZ", "UTC", 1);
-        tzset();
-    }
+    MainTypeTable() : TimeZoneFixture("UTC") {}
 };
 
 std::uint32_t Packed(std::uint32_t mainType, std::uint32_t subType) { return mainType << 16 | subType; }

@@ -1,3 +1,5 @@
+#include "support/ScopedTimeZone.h"
+
 #include <platform/OkaTime.h>
 
 #include <gtest/gtest.h>
@@ -8,39 +10,6 @@
 
 namespace
 {
-// Sets TZ for the test and restores the previous zone afterwards.
-class ZoneGuard
-{
-public:
-    explicit ZoneGuard(const char* zone)
-    {
-        const char* previous = std::getenv("TZ");
-        hadPrevious_ = previous != nullptr;
-        if (hadPrevious_)
-        {
-            previous_ = previous;
-        }
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    ~ZoneGuard()
-    {
-        if (hadPrevious_)
-        {
-            setenv("TZ", previous_.c_str(), 1);
-        }
-        else
-        {
-            unsetenv("TZ");
-        }
-        tzset();
-    }
-
-private:
-    bool hadPrevious_ = false;
-    std::string previous_;
-};
-
 OKATIME Cleared()
 {
     OKATIME time;
@@ -192,7 +161,7 @@ TEST(OkaTime, ConversionToTmComputesWeekdayAndDayOfYear)
 
 TEST(OkaTime, AssignTimeTBreaksDownInLocalTime)
 {
-    ZoneGuard zone("UTC");
+    const TavTest::ScopedTimeZone zone("UTC");
     OKATIME time = Cleared();
     time.hundredths = 55;
     time.kind = 1;
@@ -213,7 +182,7 @@ TEST(OkaTime, AssignTimeTBreaksDownInLocalTime)
 
 TEST(OkaTime, AssignTimeTNotesDaylightSaving)
 {
-    ZoneGuard zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    const TavTest::ScopedTimeZone zone(TavTest::kCentralEuropeanZone);
     OKATIME time = Cleared();
     time = std::time_t{1714563045}; // 13:30:45 summer time
     EXPECT_EQ(time.hour, 13);
@@ -226,7 +195,7 @@ TEST(OkaTime, AssignTimeTNotesDaylightSaving)
 
 TEST(OkaTime, AssignTimeTIsTheInverseOfMktime)
 {
-    ZoneGuard zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    const TavTest::ScopedTimeZone zone(TavTest::kCentralEuropeanZone);
     OKATIME time = Cleared();
     time.SetDateTime(2024, 7, 14, 22, 5, 0, true);
     std::tm fields = time;

@@ -1,4 +1,5 @@
 #include "support/LogCapture.h"
+#include "support/ScopedTimeZone.h"
 
 #include <platform/LocalTimeFields.h>
 #include <platform/OkaValue.h>
@@ -19,38 +20,10 @@ using boost::posix_time::time_duration;
 
 namespace
 {
-const char* const kBerlin = "CET-1CEST,M3.5.0,M10.5.0/3";
-
-class PointInTime : public ::testing::Test
+class PointInTime : public TavTest::TimeZoneFixture
 {
 protected:
-    void SetUp() override
-    {
-        const char* previous = std::getenv("TZ");
-        hadZone_ = previous != nullptr;
-        if (hadZone_)
-        {
-            previousZone_ = previous;
-        }
-        UseZone("UTC");
-    }
-    void TearDown() override
-    {
-        if (hadZone_)
-        {
-            setenv("TZ", previousZone_.c_str(), 1);
-        }
-        else
-        {
-            unsetenv("TZ");
-        }
-        tzset();
-    }
-    static void UseZone(const char* zone)
-    {
-        setenv("TZ", zone, 1);
-        tzset();
-    }
+    PointInTime() : TimeZoneFixture("UTC") {}
 
     static void ExpectFields(const OKATIME& time, int year, int month, int day, int hour, int minute, int second,
                              int weekday)
@@ -66,10 +39,6 @@ protected:
         EXPECT_EQ(time.kind, 0);
         EXPECT_TRUE(time.localTime);
     }
-
-private:
-    bool hadZone_ = false;
-    std::string previousZone_;
 };
 
 std::string ThrownText(const ptime& when)
@@ -109,7 +78,7 @@ TEST_F(PointInTime, Year1900)
 
 TEST_F(PointInTime, FieldsAreReadAsLocalTimeInAnotherZone)
 {
-    UseZone(kBerlin);
+    UseZone(TavTest::kCentralEuropeanZone);
     const OKAVALUE winter = OKAVALUE::FromPointInTime(ivtDate, ptime(date(1990, 1, 1)));
     ExpectFields(winter.numeric.time, 1990, 1, 1, 0, 0, 0, 1);
     EXPECT_FALSE(winter.numeric.time.daylightSaving);
@@ -132,7 +101,7 @@ TEST_F(PointInTime, FractionsOfASecondAreDropped)
 
 TEST_F(PointInTime, LastSecondOfA32BitTimeIsKept)
 {
-    for (const char* zone : {"UTC", kBerlin})
+    for (const char* zone : {"UTC", TavTest::kCentralEuropeanZone})
     {
         UseZone(zone);
         const OKAVALUE value =
@@ -144,7 +113,7 @@ TEST_F(PointInTime, LastSecondOfA32BitTimeIsKept)
 
 TEST_F(PointInTime, LaterPointsGiveTheDefaultValue)
 {
-    for (const char* zone : {"UTC", kBerlin})
+    for (const char* zone : {"UTC", TavTest::kCentralEuropeanZone})
     {
         UseZone(zone);
         const OKAVALUE next = OKAVALUE::FromPointInTime(ivtDateTime, ptime(date(2038, 1, 19), time_duration(3, 14, 8)));
@@ -173,7 +142,7 @@ TEST_F(PointInTime, TheSecondBeforeTheEpochIsATrueMinusOne)
 
 TEST_F(PointInTime, FieldsMktimeCannotRepresentAreTakenAsTheyAre)
 {
-    UseZone(kBerlin);
+    UseZone(TavTest::kCentralEuropeanZone);
     std::tm fields{};
     fields.tm_year = 1; // 1901-12-13 20:45:51, just before a 32-bit time_t begins
     fields.tm_mon = 11;
@@ -198,7 +167,7 @@ TEST_F(PointInTime, FieldsMktimeCannotRepresentAreTakenAsTheyAre)
 TEST_F(PointInTime, MinusOneForTheSecondBeforeTheEpochIsAValidTime)
 {
     // In this zone -1 is 1970-01-01 00:59:59: the value is taken from time_t -1, not from the fields.
-    UseZone(kBerlin);
+    UseZone(TavTest::kCentralEuropeanZone);
     std::tm fields{};
     fields.tm_year = 69;
     fields.tm_mon = 11;

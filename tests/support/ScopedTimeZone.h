@@ -1,6 +1,8 @@
 #pragma once
 // Sets the process's local time zone (TZ) for a scope and restores the previous one, unset
 // included, when the scope ends. Dates read back through mktime depend on it.
+#include <gtest/gtest.h>
+
 #include <string>
 
 namespace TavTest
@@ -25,5 +27,18 @@ public:
 private:
     bool hadZone_ = false;
     std::string previousZone_;
+};
+
+// A fixture whose tests run in one local time zone, UTC unless the derived fixture names
+// another; the zone from before is back after each test.
+class TimeZoneFixture : public ::testing::Test
+{
+protected:
+    explicit TimeZoneFixture(const char* zone = "UTC0") : zone_(zone) {}
+
+    static void UseZone(const char* zone) { ScopedTimeZone::Use(zone); }
+
+private:
+    ScopedTimeZone zone_;
 };
 } // namespace TavTest

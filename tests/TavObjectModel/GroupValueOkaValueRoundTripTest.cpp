@@ -80,11 +80,11 @@ std::vector<RoundTrip> AgreeingDpts()
     };
 }
 
-class GroupValueRoundTripTest : public TavTest::TimeZoneFixture, public ::testing::WithParamInterface<RoundTrip>
+class GroupValueOkaValueRoundTrip : public TavTest::TimeZoneFixture, public ::testing::WithParamInterface<RoundTrip>
 {
 };
 
-TEST_P(GroupValueRoundTripTest, EncodeThenDecodeGivesTheValueBack)
+TEST_P(GroupValueOkaValueRoundTrip, EncodeThenDecodeGivesTheValueBack)
 {
     const RoundTrip& trip = GetParam();
     const auto encoded = Okaro::OkaValueToGroupValue(trip.value, trip.dpt);
@@ -94,10 +94,10 @@ TEST_P(GroupValueRoundTripTest, EncodeThenDecodeGivesTheValueBack)
     EXPECT_EQ(*decoded, trip.value) << decoded->ToString() << " instead of " << trip.value.ToString();
 }
 
-INSTANTIATE_TEST_SUITE_P(AgreeingDpts, GroupValueRoundTripTest, ::testing::ValuesIn(AgreeingDpts()),
+INSTANTIATE_TEST_SUITE_P(AgreeingDpts, GroupValueOkaValueRoundTrip, ::testing::ValuesIn(AgreeingDpts()),
                          [](const ::testing::TestParamInfo<RoundTrip>& info) { return info.param.name; });
 
-TEST(GroupValueRoundTripTimeZone, DateTimeComesBackInAnyLocalZone)
+TEST(GroupValueOkaValueRoundTripTimeZone, DateTimeComesBackInAnyLocalZone)
 {
     const TavTest::ScopedTimeZone restoredAfterwards("UTC0");
     for (const char* zone : {"UTC0", TavTest::kCentralEuropeanZone, "EST5EDT,M3.2.0,M11.1.0"})
@@ -115,11 +115,11 @@ TEST(GroupValueRoundTripTimeZone, DateTimeComesBackInAnyLocalZone)
 
 // ---- where the two directions deliberately disagree ------------------------------------
 
-class GroupValueAsymmetryTest : public TavTest::TimeZoneFixture
+class GroupValueOkaValueAsymmetry : public TavTest::TimeZoneFixture
 {
 };
 
-TEST_F(GroupValueAsymmetryTest, TwoBitEnumIsSentWithTwoBitsButCheckedAsEightBits)
+TEST_F(GroupValueOkaValueAsymmetry, TwoBitEnumIsSentWithTwoBitsButCheckedAsEightBits)
 {
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::ByteValue(2), Packed(23, 1));
     ASSERT_TRUE(encoded.has_value());
@@ -132,7 +132,7 @@ TEST_F(GroupValueAsymmetryTest, TwoBitEnumIsSentWithTwoBitsButCheckedAsEightBits
                             Error("GroupValueToOkaValue - Received invalid value 02 for DPT 23.1")));
 }
 
-TEST_F(GroupValueAsymmetryTest, TwentyFourBitIsSentAsThreeBytesButReadAsFour)
+TEST_F(GroupValueOkaValueAsymmetry, TwentyFourBitIsSentAsThreeBytesButReadAsFour)
 {
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::DWordValue(16744512), Packed(232, 600));
     ASSERT_TRUE(encoded.has_value());
@@ -142,20 +142,20 @@ TEST_F(GroupValueAsymmetryTest, TwentyFourBitIsSentAsThreeBytesButReadAsFour)
                 ElementsAre(Error("GroupValueToOkaValue - Received invalid value ff 80 40 for DPT 232.600")));
 }
 
-TEST_F(GroupValueAsymmetryTest, ThreeBitIsDecodedButNotEncoded)
+TEST_F(GroupValueOkaValueAsymmetry, ThreeBitIsDecodedButNotEncoded)
 {
     EXPECT_TRUE(Okaro::GroupValueToOkaValue(TavTest::MakeGroupValue({0x05}, 3), Packed(31, 1)).has_value());
     EXPECT_FALSE(Okaro::OkaValueToGroupValue(TavTest::ByteValue(5), Packed(31, 1)).has_value());
 }
 
-TEST_F(GroupValueAsymmetryTest, CharacterIsNeitherDecodedNorEncoded)
+TEST_F(GroupValueOkaValueAsymmetry, CharacterIsNeitherDecodedNorEncoded)
 {
     EXPECT_FALSE(Okaro::GroupValueToOkaValue(TavTest::MakeGroupValue({0x41}, 8), Packed(4, 1)).has_value());
     EXPECT_FALSE(Okaro::OkaValueToGroupValue(OKAVALUE(), Packed(4, 1)).has_value());
     EXPECT_FALSE(Okaro::OkaValueToGroupValue(TavTest::StringValue("A"), Packed(4, 1)).has_value());
 }
 
-TEST_F(GroupValueAsymmetryTest, SceneNumberIsRangeCheckedOnlyWhenSending)
+TEST_F(GroupValueOkaValueAsymmetry, SceneNumberIsRangeCheckedOnlyWhenSending)
 {
     EXPECT_FALSE(Okaro::OkaValueToGroupValue(TavTest::ByteValue(64), Packed(17, 1)).has_value());
     // Received, the byte would pass the plain 8-bit branch; the validity check stops it.
@@ -167,7 +167,7 @@ TEST_F(GroupValueAsymmetryTest, SceneNumberIsRangeCheckedOnlyWhenSending)
                             Error("GroupValueToOkaValue - Received invalid value bf for DPT 17.1")));
 }
 
-TEST_F(GroupValueAsymmetryTest, OutOfRangeSixteenBitValuesComeBackClamped)
+TEST_F(GroupValueOkaValueAsymmetry, OutOfRangeSixteenBitValuesComeBackClamped)
 {
     const auto word = Okaro::OkaValueToGroupValue(TavTest::WideWordValue(70000), Packed(7, 1));
     ASSERT_TRUE(word.has_value());
@@ -177,7 +177,7 @@ TEST_F(GroupValueAsymmetryTest, OutOfRangeSixteenBitValuesComeBackClamped)
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*integer, Packed(8, 1))), TavTest::IntegerValue(-32768));
 }
 
-TEST_F(GroupValueAsymmetryTest, SixteenBitFloatLosesPrecisionAndInfinityIsNotSent)
+TEST_F(GroupValueOkaValueAsymmetry, SixteenBitFloatLosesPrecisionAndInfinityIsNotSent)
 {
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::FloatValue(21.013), Packed(9, 1));
     ASSERT_TRUE(encoded.has_value());
@@ -190,7 +190,7 @@ TEST_F(GroupValueAsymmetryTest, SixteenBitFloatLosesPrecisionAndInfinityIsNotSen
                      .has_value());
 }
 
-TEST_F(GroupValueAsymmetryTest, SixteenBitFloatNaNComesBackAsNaN)
+TEST_F(GroupValueOkaValueAsymmetry, SixteenBitFloatNaNComesBackAsNaN)
 {
     // Agrees, but NaN never compares equal, so it is not in the list above.
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::FloatValue(std::nan("")), Packed(9, 1));
@@ -203,7 +203,7 @@ TEST_F(GroupValueAsymmetryTest, SixteenBitFloatNaNComesBackAsNaN)
     EXPECT_TRUE(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL).empty());
 }
 
-TEST_F(GroupValueAsymmetryTest, ThirtyTwoBitFloatIsNarrowedToSinglePrecision)
+TEST_F(GroupValueOkaValueAsymmetry, ThirtyTwoBitFloatIsNarrowedToSinglePrecision)
 {
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::FloatValue(0.1), Packed(14, 0));
     ASSERT_TRUE(encoded.has_value());
@@ -211,7 +211,7 @@ TEST_F(GroupValueAsymmetryTest, ThirtyTwoBitFloatIsNarrowedToSinglePrecision)
               TavTest::FloatValue(static_cast<double>(0.1f)));
 }
 
-TEST_F(GroupValueAsymmetryTest, StringLosesCharactersOutsideLatin1AndBeyond14Bytes)
+TEST_F(GroupValueOkaValueAsymmetry, StringLosesCharactersOutsideLatin1AndBeyond14Bytes)
 {
     const auto euro = Okaro::OkaValueToGroupValue(TavTest::StringValue("\xE2\x82\xAC" "5"), Packed(16, 1));
     ASSERT_TRUE(euro.has_value());
@@ -221,7 +221,7 @@ TEST_F(GroupValueAsymmetryTest, StringLosesCharactersOutsideLatin1AndBeyond14Byt
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*longText, Packed(16, 1))), TavTest::StringValue("abcdefghijklmn"));
 }
 
-TEST_F(GroupValueAsymmetryTest, DateOutsideTheKnxCenturyComesBackInIt)
+TEST_F(GroupValueOkaValueAsymmetry, DateOutsideTheKnxCenturyComesBackInIt)
 {
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::DateValue(1989, 6, 1), Packed(11, 1));
     ASSERT_TRUE(encoded.has_value());
@@ -231,7 +231,7 @@ TEST_F(GroupValueAsymmetryTest, DateOutsideTheKnxCenturyComesBackInIt)
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*early, Packed(11, 1))), TavTest::DateValue(2030, 6, 1));
 }
 
-TEST_F(GroupValueAsymmetryTest, DatesAndTimesAfter2038ComeBackWithoutType)
+TEST_F(GroupValueOkaValueAsymmetry, DatesAndTimesAfter2038ComeBackWithoutType)
 {
     const auto date = Okaro::OkaValueToGroupValue(TavTest::DateValue(2050, 1, 1), Packed(11, 1));
     ASSERT_TRUE(date.has_value());
@@ -241,7 +241,7 @@ TEST_F(GroupValueAsymmetryTest, DatesAndTimesAfter2038ComeBackWithoutType)
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*dateTime, Packed(19, 1))), OKAVALUE());
 }
 
-TEST_F(GroupValueAsymmetryTest, TimeOfDayComesBackWithPlaceholderDate)
+TEST_F(GroupValueOkaValueAsymmetry, TimeOfDayComesBackWithPlaceholderDate)
 {
     OKAVALUE value = TavTest::DayTimeValue(8, 15, 0, 3);
     value.numeric.time.year = 2024;
@@ -253,7 +253,7 @@ TEST_F(GroupValueAsymmetryTest, TimeOfDayComesBackWithPlaceholderDate)
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*encoded, Packed(10, 1))), TavTest::DayTimeValue(8, 15, 0, 3));
 }
 
-TEST_F(GroupValueAsymmetryTest, MainsWithTypeButNoBranchAreDecodedEmptyAndNotEncoded)
+TEST_F(GroupValueOkaValueAsymmetry, MainsWithTypeButNoBranchAreDecodedEmptyAndNotEncoded)
 {
     for (const std::uint16_t main : {25, 30})
     {

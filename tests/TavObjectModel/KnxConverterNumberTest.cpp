@@ -29,11 +29,31 @@ protected:
     const OKAVALUE before = StringValue("before", ivtEmpty);
     OKAVALUE value = before;
 };
+
+class KnxConverterSignedThirtyTwo : public NumberConverter
+{
+};
+
+class KnxConverterUnsignedSixteen : public NumberConverter
+{
+};
+
+class KnxConverterSignedSixteen : public NumberConverter
+{
+};
+
+class KnxConverterTwentyFourBit : public NumberConverter
+{
+};
+
+class KnxConverterUnsignedThirtyTwo : public NumberConverter
+{
+};
 } // namespace
 
 // --- 13.x --------------------------------------------------------------------------------
 
-TEST_F(NumberConverter, SignedThirtyTwoScalesToKnx)
+TEST_F(KnxConverterSignedThirtyTwo, ScalesToKnx)
 {
     const KnxConverterInteger32BitSigned converter(IntegerRange::CreateScaled(0, 100, 0, 1000));
     const KNXDPT dpt{32, 13, 1};
@@ -43,7 +63,7 @@ TEST_F(NumberConverter, SignedThirtyTwoScalesToKnx)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, IntegerValue(5)))));
 }
 
-TEST_F(NumberConverter, SignedThirtyTwoRefusesOutsideTheInternalRange)
+TEST_F(KnxConverterSignedThirtyTwo, RefusesOutsideTheInternalRange)
 {
     const KnxConverterInteger32BitSigned converter(IntegerRange::CreateScaled(0, 100, 0, 1000));
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{32, 13, 1}, IntegerValue(101), out));
@@ -51,7 +71,7 @@ TEST_F(NumberConverter, SignedThirtyTwoRefusesOutsideTheInternalRange)
     EXPECT_THAT(Refusals(), ElementsAre(Error("ToKnxValue - The internal value of DPT=13.1, ivt=4 is out of range: 101!")));
 }
 
-TEST_F(NumberConverter, SignedThirtyTwoDeliversUnscaledFromKnx)
+TEST_F(KnxConverterSignedThirtyTwo, DeliversUnscaledFromKnx)
 {
     const KnxConverterInteger32BitSigned converter(IntegerRange::CreateScaled(0, 100, 0, 1000));
     const KNXDPT dpt{32, 13, 1};
@@ -62,7 +82,7 @@ TEST_F(NumberConverter, SignedThirtyTwoDeliversUnscaledFromKnx)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(FromTraceText(dpt, group))));
 }
 
-TEST_F(NumberConverter, SignedThirtyTwoChecksReceivedValuesAgainstTheInternalBounds)
+TEST_F(KnxConverterSignedThirtyTwo, ChecksReceivedValuesAgainstTheInternalBounds)
 {
     const KnxConverterInteger32BitSigned converter(IntegerRange::CreateScaled(0, 100, 0, 1000));
     // 500 is a valid external value, yet outside the internal bounds.
@@ -71,7 +91,7 @@ TEST_F(NumberConverter, SignedThirtyTwoChecksReceivedValuesAgainstTheInternalBou
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - The group value of DPT=13.1 is out of range: 500!")));
 }
 
-TEST_F(NumberConverter, SignedThirtyTwoRoundsHalfAwayFromZero)
+TEST_F(KnxConverterSignedThirtyTwo, RoundsHalfAwayFromZero)
 {
     const KnxConverterInteger32BitSigned third(IntegerRange::CreateScaled(0, 3, 0, 1));
     ASSERT_TRUE(third.ToKnxValue(KNXDPT{32, 13, 1}, IntegerValue(2), out));  // 0.667
@@ -84,7 +104,7 @@ TEST_F(NumberConverter, SignedThirtyTwoRoundsHalfAwayFromZero)
     EXPECT_EQ(out.GetAsSigned32(), -3);
 }
 
-TEST_F(NumberConverter, SignedThirtyTwoFullRangeIsTheIdentity)
+TEST_F(KnxConverterSignedThirtyTwo, FullRangeIsTheIdentity)
 {
     const KnxConverterInteger32BitSigned converter(
         IntegerRange::CreateScaled(-2147483647 - 1, 2147483647, -2147483647 - 1, 2147483647));
@@ -97,7 +117,7 @@ TEST_F(NumberConverter, SignedThirtyTwoFullRangeIsTheIdentity)
     }
 }
 
-TEST_F(NumberConverter, SignedThirtyTwoAcceptsMainOrType)
+TEST_F(KnxConverterSignedThirtyTwo, AcceptsMainOrType)
 {
     const KnxConverterInteger32BitSigned converter(IntegerRange::CreateScaled(0, 100, 0, 100));
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, IntegerValue(7), out));  // the type suffices
@@ -112,7 +132,7 @@ TEST_F(NumberConverter, SignedThirtyTwoAcceptsMainOrType)
 
 // --- 7.x ---------------------------------------------------------------------------------
 
-TEST_F(NumberConverter, UnsignedSixteenBothWays)
+TEST_F(KnxConverterUnsignedSixteen, BothWays)
 {
     const KnxConverterInteger16BitUnsigned converter(IntegerRange::CreateScaled(0, 65535, 0, 65535));
     const KNXDPT dpt{16, 7, 1};
@@ -126,7 +146,7 @@ TEST_F(NumberConverter, UnsignedSixteenBothWays)
                 ElementsAre(Trace(ToTraceText(dpt, WordValue(0x1234))), Trace(FromTraceText(dpt, group))));
 }
 
-TEST_F(NumberConverter, UnsignedSixteenAcceptsTheWordTypeOnAnotherDpt)
+TEST_F(KnxConverterUnsignedSixteen, AcceptsTheWordTypeOnAnotherDpt)
 {
     const KnxConverterInteger16BitUnsigned converter(IntegerRange::CreateScaled(0, 65535, 0, 65535));
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{8, 5, 1}, WordValue(300), out));
@@ -135,7 +155,7 @@ TEST_F(NumberConverter, UnsignedSixteenAcceptsTheWordTypeOnAnotherDpt)
     EXPECT_EQ(out.GetAsUnsigned16(), 301);
 }
 
-TEST_F(NumberConverter, UnsignedSixteenRefusals)
+TEST_F(KnxConverterUnsignedSixteen, Refusals)
 {
     const KnxConverterInteger16BitUnsigned converter(IntegerRange::CreateScaled(0, 65535, 0, 65535));
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 8, 1}, IntegerValue(1), out));
@@ -148,7 +168,7 @@ TEST_F(NumberConverter, UnsignedSixteenRefusals)
 
 // --- 8.x ---------------------------------------------------------------------------------
 
-TEST_F(NumberConverter, SignedSixteenBothWays)
+TEST_F(KnxConverterSignedSixteen, BothWays)
 {
     const KnxConverterInteger16BitSigned converter(IntegerRange::CreateScaled(-32768, 32767, -32768, 32767));
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{16, 8, 1}, IntegerValue(-2), out));
@@ -161,7 +181,7 @@ TEST_F(NumberConverter, SignedSixteenBothWays)
     EXPECT_THAT(Refusals(), IsEmpty());
 }
 
-TEST_F(NumberConverter, SignedSixteenRefusals)
+TEST_F(KnxConverterSignedSixteen, Refusals)
 {
     const KnxConverterInteger16BitSigned converter(IntegerRange::CreateScaled(-32768, 32767, -32768, 32767));
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 7, 1}, IntegerValue(1), out));  // the type suffices
@@ -176,7 +196,7 @@ TEST_F(NumberConverter, SignedSixteenRefusals)
 
 // --- 24-bit ------------------------------------------------------------------------------
 
-TEST_F(NumberConverter, TwentyFourBitKeepsTheLowBitsMostSignificantFirst)
+TEST_F(KnxConverterTwentyFourBit, KeepsTheLowBitsMostSignificantFirst)
 {
     const KnxConverterInteger24BitUnsigned converter(IntegerRange64::CreateScaled(0, 16777215, 0, 16777215));
     const KNXDPT dpt{24, 232, 600};
@@ -187,7 +207,7 @@ TEST_F(NumberConverter, TwentyFourBitKeepsTheLowBitsMostSignificantFirst)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, big))));
 }
 
-TEST_F(NumberConverter, TwentyFourBitHasNoTest)
+TEST_F(KnxConverterTwentyFourBit, HasNoTest)
 {
     const KnxConverterInteger24BitUnsigned converter(IntegerRange64::CreateScaled(0, 16777215, 0, 16777215));
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{8, 1, 1}, IntegerValue(0x123456, ivtString), out));
@@ -200,7 +220,7 @@ TEST_F(NumberConverter, TwentyFourBitHasNoTest)
 
 // --- 12.x --------------------------------------------------------------------------------
 
-TEST_F(NumberConverter, UnsignedThirtyTwoTestsTheTypeOnly)
+TEST_F(KnxConverterUnsignedThirtyTwo, TestsTheTypeOnly)
 {
     const KnxConverterInteger32BitUnsigned converter(IntegerRange64::CreateScaled(0, 4294967295LL, 0, 4294967295LL));
     const KNXDPT dpt{16, 7, 1};
@@ -209,7 +229,7 @@ TEST_F(NumberConverter, UnsignedThirtyTwoTestsTheTypeOnly)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, DWordValue(4294967295u)))));
 }
 
-TEST_F(NumberConverter, UnsignedThirtyTwoRefusals)
+TEST_F(KnxConverterUnsignedThirtyTwo, Refusals)
 {
     const KnxConverterInteger32BitUnsigned converter(IntegerRange64::CreateScaled(0, 1000, 0, 1000));
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{32, 12, 1}, IntegerValue(5), out));
@@ -219,7 +239,7 @@ TEST_F(NumberConverter, UnsignedThirtyTwoRefusals)
                                         Error("ToKnxValue - The internal value of DPT=12.1, ivt=8 is out of range: 1001!")));
 }
 
-TEST_F(NumberConverter, UnsignedThirtyTwoFromKnxHasNoDptTest)
+TEST_F(KnxConverterUnsignedThirtyTwo, FromKnxHasNoDptTest)
 {
     const KnxConverterInteger32BitUnsigned converter(IntegerRange64::CreateScaled(0, 1000, 0, 1000));
     ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 9, 1}, MakeGroupValue({0, 0, 0x03, 0xE8}, 32), value));
@@ -227,7 +247,7 @@ TEST_F(NumberConverter, UnsignedThirtyTwoFromKnxHasNoDptTest)
     EXPECT_EQ(value.numeric.dword, 1000u);
 }
 
-TEST_F(NumberConverter, UnsignedThirtyTwoFromKnxNamesTheOutputsCurrentType)
+TEST_F(KnxConverterUnsignedThirtyTwo, FromKnxNamesTheOutputsCurrentType)
 {
     const KnxConverterInteger32BitUnsigned converter(IntegerRange64::CreateScaled(0, 1000, 0, 1000));
     EXPECT_FALSE(converter.FromKnxValue(KNXDPT{32, 12, 1}, MakeGroupValue({0, 0, 0x03, 0xE9}, 32), value));
@@ -237,21 +257,21 @@ TEST_F(NumberConverter, UnsignedThirtyTwoFromKnxNamesTheOutputsCurrentType)
 
 // --- 9.x ---------------------------------------------------------------------------------
 
-class Float16 : public NumberConverter
+class KnxConverterFloat16 : public NumberConverter
 {
 protected:
     const KnxConverterFloat16BitFloat converter{FloatRange::CreateScaled(-273.0, 670760.0, -273.0, 670760.0)};
     const KNXDPT dpt{16, 9, 1};
 };
 
-TEST_F(Float16, WritesValuesInRange)
+TEST_F(KnxConverterFloat16, WritesValuesInRange)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, FloatValue(21.0), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(0x0Cu, 0x1Au));
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, FloatValue(21.0)))));
 }
 
-TEST_F(Float16, InvalidValueIsSentAs32767)
+TEST_F(KnxConverterFloat16, InvalidValueIsSentAs32767)
 {
     const OKAVALUE invalid(kInvalid);
     ASSERT_TRUE(converter.ToKnxValue(dpt, invalid, out));
@@ -261,7 +281,7 @@ TEST_F(Float16, InvalidValueIsSentAs32767)
     EXPECT_THAT(BytesOf(out), ElementsAre(0x7Fu, 0xFFu));
 }
 
-TEST_F(Float16, RefusesOutsideTheInnerBounds)
+TEST_F(KnxConverterFloat16, RefusesOutsideTheInnerBounds)
 {
     EXPECT_FALSE(converter.ToKnxValue(dpt, FloatValue(-300.0), out));
     EXPECT_EQ(out, untouched);
@@ -269,7 +289,7 @@ TEST_F(Float16, RefusesOutsideTheInnerBounds)
                 ElementsAre(Error("ToKnxValue - The internal value of DPT=9.1, f=-300 is out of the allowed range.")));
 }
 
-TEST_F(Float16, AcceptsMainTypeOrInvalid)
+TEST_F(KnxConverterFloat16, AcceptsMainTypeOrInvalid)
 {
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{32, 14, 1}, FloatValue(1.0), out));
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{32, 14, 1}, OKAVALUE(kInvalid), out));
@@ -280,7 +300,7 @@ TEST_F(Float16, AcceptsMainTypeOrInvalid)
     EXPECT_THAT(Refusals(), ElementsAre(Error("ToKnxValue - Wrong DPT main number (9.x) or oka value type (ivtFloat)!")));
 }
 
-TEST_F(Float16, ReceivedInvalidCodeGivesAnInvalidValue)
+TEST_F(KnxConverterFloat16, ReceivedInvalidCodeGivesAnInvalidValue)
 {
     value = FloatValue(1.25);
     ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({0x7F, 0xFF}, 16), value));
@@ -288,7 +308,7 @@ TEST_F(Float16, ReceivedInvalidCodeGivesAnInvalidValue)
     EXPECT_EQ(value.numeric.real, 1.25);  // numeric part untouched
 }
 
-TEST_F(Float16, FromKnxStoresTheDoubleWithoutSettingTheType)
+TEST_F(KnxConverterFloat16, FromKnxStoresTheDoubleWithoutSettingTheType)
 {
     const KnxStack::GroupValue group = MakeGroupValue({0x0C, 0x1A}, 16);
     ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 7, 1}, group, value));  // no DPT test
@@ -297,7 +317,7 @@ TEST_F(Float16, FromKnxStoresTheDoubleWithoutSettingTheType)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(FromTraceText(KNXDPT{16, 7, 1}, group))));
 }
 
-TEST_F(Float16, FromKnxStoresTheDoubleBeforeRefusingIt)
+TEST_F(KnxConverterFloat16, FromKnxStoresTheDoubleBeforeRefusingIt)
 {
     KnxStack::GroupValue group;
     group.SetAsFloat16(-300.0);
@@ -310,7 +330,7 @@ TEST_F(Float16, FromKnxStoresTheDoubleBeforeRefusingIt)
 
 // --- 14.x --------------------------------------------------------------------------------
 
-class Float32 : public NumberConverter
+class KnxConverterFloat32 : public NumberConverter
 {
 protected:
     const KnxConverterFloat32BitFloat converter{
@@ -319,26 +339,26 @@ protected:
     const KNXDPT dpt{32, 14, 1};
 };
 
-TEST_F(Float32, WritesTheNarrowedDouble)
+TEST_F(KnxConverterFloat32, WritesTheNarrowedDouble)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, FloatValue(1.5), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(0x3Fu, 0xC0u, 0x00u, 0x00u));
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, FloatValue(1.5)))));
 }
 
-TEST_F(Float32, HasNoRangeCheck)
+TEST_F(KnxConverterFloat32, HasNoRangeCheck)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, FloatValue(1e39), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(0x7Fu, 0x80u, 0x00u, 0x00u));  // +infinity
 }
 
-TEST_F(Float32, InvalidValueIsSentAsAQuietNan)
+TEST_F(KnxConverterFloat32, InvalidValueIsSentAsAQuietNan)
 {
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, OKAVALUE(kInvalid), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(0x7Fu, 0xC0u, 0x00u, 0x00u));
 }
 
-TEST_F(Float32, Refusals)
+TEST_F(KnxConverterFloat32, Refusals)
 {
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, FloatValue(2.0), out));  // the type suffices
     out = untouched;
@@ -350,7 +370,7 @@ TEST_F(Float32, Refusals)
                                         Error("FromKnxValue - Wrong DPT main number (14.x)!")));
 }
 
-TEST_F(Float32, FromKnxGivesAFloat)
+TEST_F(KnxConverterFloat32, FromKnxGivesAFloat)
 {
     const KnxStack::GroupValue group = MakeGroupValue({0x3F, 0xC0, 0, 0}, 32);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
@@ -359,7 +379,7 @@ TEST_F(Float32, FromKnxGivesAFloat)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(FromTraceText(dpt, group))));
 }
 
-TEST_F(Float32, ReceivedNanGivesTypeZeroWithTheNan)
+TEST_F(KnxConverterFloat32, ReceivedNanGivesTypeZeroWithTheNan)
 {
     ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({0x7F, 0xC0, 0, 0}, 32), value));
     EXPECT_EQ(value.type, kInvalid);

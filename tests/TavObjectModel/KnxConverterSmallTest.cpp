@@ -31,11 +31,27 @@ protected:
     const OKAVALUE before = StringValue("before", ivtEmpty);
     OKAVALUE value = before;
 };
+
+class KnxConverterOneBit : public SmallConverter
+{
+};
+
+class KnxConverterTwoBit : public SmallConverter
+{
+};
+
+class KnxConverterUnsignedByte : public SmallConverter
+{
+};
+
+class KnxConverterSignedByte : public SmallConverter
+{
+};
 } // namespace
 
 // --- 1.x ---------------------------------------------------------------------------------
 
-TEST_F(SmallConverter, OneBitWritesTheBoolean)
+TEST_F(KnxConverterOneBit, WritesTheBoolean)
 {
     const KnxConverter1Bit converter{};
     const KNXDPT dpt{1, 1, 1};
@@ -47,14 +63,14 @@ TEST_F(SmallConverter, OneBitWritesTheBoolean)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, on))));
 }
 
-TEST_F(SmallConverter, OneBitTraceLineText)
+TEST_F(KnxConverterOneBit, TraceLineText)
 {
     const KnxConverter1Bit converter{};
     converter.ToKnxValue(KNXDPT{1, 1, 1}, BoolValue(true), out);
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace("ToKnxValue - DPT is used. DPT = 1.1 ivt=2 val=Bool true")));
 }
 
-TEST_F(SmallConverter, OneBitRefusesAByteWithOnlyTheTraceLine)
+TEST_F(KnxConverterOneBit, RefusesAByteWithOnlyTheTraceLine)
 {
     const KnxConverter1Bit converter{};
     const KNXDPT dpt{1, 1, 1};
@@ -64,7 +80,7 @@ TEST_F(SmallConverter, OneBitRefusesAByteWithOnlyTheTraceLine)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, byte))));
 }
 
-TEST_F(SmallConverter, OneBitNeedsMainNumberOneAndABoolean)
+TEST_F(KnxConverterOneBit, NeedsMainNumberOneAndABoolean)
 {
     const KnxConverter1Bit converter{};
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{1, 2, 1}, BoolValue(true), out));
@@ -72,7 +88,7 @@ TEST_F(SmallConverter, OneBitNeedsMainNumberOneAndABoolean)
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
 }
 
-TEST_F(SmallConverter, OneBitFromKnxSetsTheBooleanOnlyAndWritesNoTrace)
+TEST_F(KnxConverterOneBit, FromKnxSetsTheBooleanOnlyAndWritesNoTrace)
 {
     const KnxConverter1Bit converter{};
     ASSERT_TRUE(converter.FromKnxValue(KNXDPT{1, 1, 1}, MakeGroupValue({0x01}, 1), value));
@@ -81,7 +97,7 @@ TEST_F(SmallConverter, OneBitFromKnxSetsTheBooleanOnlyAndWritesNoTrace)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(SmallConverter, OneBitFromKnxRefusesSilently)
+TEST_F(KnxConverterOneBit, FromKnxRefusesSilently)
 {
     const KnxConverter1Bit converter{};
     EXPECT_FALSE(converter.FromKnxValue(KNXDPT{1, 5, 1}, MakeGroupValue({0x01}, 1), value));
@@ -91,7 +107,7 @@ TEST_F(SmallConverter, OneBitFromKnxRefusesSilently)
 
 // --- 2.x ---------------------------------------------------------------------------------
 
-TEST_F(SmallConverter, TwoBitWritesTheByteUnchecked)
+TEST_F(KnxConverterTwoBit, WritesTheByteUnchecked)
 {
     const KnxConverter2Bit converter{};
     const KNXDPT dpt{2, 2, 1};
@@ -102,7 +118,7 @@ TEST_F(SmallConverter, TwoBitWritesTheByteUnchecked)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, ByteValue(3))), Trace(ToTraceText(dpt, ByteValue(200)))));
 }
 
-TEST_F(SmallConverter, TwoBitNeedsMainNumberAndByte)
+TEST_F(KnxConverterTwoBit, NeedsMainNumberAndByte)
 {
     const KnxConverter2Bit converter{};
     const KNXDPT dpt{2, 2, 1};
@@ -116,7 +132,7 @@ TEST_F(SmallConverter, TwoBitNeedsMainNumberAndByte)
                             Error("ToKnxValue - Wrong oka value type (ivtByte) or DPT main number (2.x)!")));
 }
 
-TEST_F(SmallConverter, TwoBitFromKnx)
+TEST_F(KnxConverterTwoBit, FromKnx)
 {
     const KnxConverter2Bit converter{};
     const KNXDPT dpt{2, 2, 1};
@@ -127,14 +143,14 @@ TEST_F(SmallConverter, TwoBitFromKnx)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(FromTraceText(dpt, group))));
 }
 
-TEST_F(SmallConverter, FromKnxTraceLineText)
+TEST_F(KnxConverterTwoBit, FromKnxTraceLineText)
 {
     const KnxConverter2Bit converter{};
     converter.FromKnxValue(KNXDPT{2, 2, 1}, MakeGroupValue({0x02}, 6), value);
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace("FromKnxValue - DPT is used. DPT = 2.1 grp.size=6 grp.val=02")));
 }
 
-TEST_F(SmallConverter, TwoBitFromKnxRefusesOtherMainNumbers)
+TEST_F(KnxConverterTwoBit, FromKnxRefusesOtherMainNumbers)
 {
     const KnxConverter2Bit converter{};
     EXPECT_FALSE(converter.FromKnxValue(KNXDPT{2, 1, 1}, MakeGroupValue({0x02}, 2), value));
@@ -145,20 +161,20 @@ TEST_F(SmallConverter, TwoBitFromKnxRefusesOtherMainNumbers)
 
 // --- 3.x ---------------------------------------------------------------------------------
 
-class FourBit : public SmallConverter
+class KnxConverterFourBit : public SmallConverter
 {
 protected:
     const KnxConverter4Bit converter{FloatIntegerRange::CreateScaled(-100.0, 100.0, 0, 15)};
 };
 
-TEST_F(FourBit, WritesBytesBelowSixteen)
+TEST_F(KnxConverterFourBit, WritesBytesBelowSixteen)
 {
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{4, 3, 7}, ByteValue(11), out));
     EXPECT_EQ(out, Written(&KnxStack::GroupValue::SetAsUnsigned4, 11));
     EXPECT_EQ(out.GetAsUnsigned4(), 11);
 }
 
-TEST_F(FourBit, RefusesSixteen)
+TEST_F(KnxConverterFourBit, RefusesSixteen)
 {
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{4, 3, 7}, ByteValue(16), out));
     EXPECT_EQ(out, untouched);
@@ -166,7 +182,7 @@ TEST_F(FourBit, RefusesSixteen)
                 ElementsAre(Error("ToKnxValue - Value out of raw range [0..15]: 16")));
 }
 
-TEST_F(FourBit, NeedsMainNumberAndByte)
+TEST_F(KnxConverterFourBit, NeedsMainNumberAndByte)
 {
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{4, 3, 7}, FloatValue(50.0), out));
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{4, 2, 7}, ByteValue(1), out));
@@ -176,7 +192,7 @@ TEST_F(FourBit, NeedsMainNumberAndByte)
                             Error("ToKnxValue - Wrong oka value type (ivtByte) or DPT main number (3.x)!")));
 }
 
-TEST_F(FourBit, FromKnxSetsTheByteOnly)
+TEST_F(KnxConverterFourBit, FromKnxSetsTheByteOnly)
 {
     const KnxStack::GroupValue group = MakeGroupValue({0x0B}, 4);
     ASSERT_TRUE(converter.FromKnxValue(KNXDPT{4, 3, 7}, group, value));
@@ -185,7 +201,7 @@ TEST_F(FourBit, FromKnxSetsTheByteOnly)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(FromTraceText(KNXDPT{4, 3, 7}, group))));
 }
 
-TEST_F(FourBit, FromKnxRefusesOtherMainNumbers)
+TEST_F(KnxConverterFourBit, FromKnxRefusesOtherMainNumbers)
 {
     EXPECT_FALSE(converter.FromKnxValue(KNXDPT{4, 2, 7}, MakeGroupValue({0x0B}, 4), value));
     EXPECT_EQ(value, before);
@@ -195,7 +211,7 @@ TEST_F(FourBit, FromKnxRefusesOtherMainNumbers)
 
 // --- 4.x ---------------------------------------------------------------------------------
 
-class Character : public SmallConverter
+class KnxConverterCharacter : public SmallConverter
 {
 protected:
     const KnxConverter8BitString ascii{IntegerRange::CreateScaled(0, 127, 0, 127)};
@@ -205,7 +221,7 @@ protected:
     const std::string eAcute = "\xC3\xA9";
 };
 
-TEST_F(Character, WritesTheFirstCharacter)
+TEST_F(KnxConverterCharacter, WritesTheFirstCharacter)
 {
     ASSERT_TRUE(ascii.ToKnxValue(dpt4001, StringValue("Abc"), out));
     KnxStack::GroupValue expected;
@@ -214,7 +230,7 @@ TEST_F(Character, WritesTheFirstCharacter)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt4001, StringValue("Abc")))));
 }
 
-TEST_F(Character, EmptyTextWritesAZeroByte)
+TEST_F(KnxConverterCharacter, EmptyTextWritesAZeroByte)
 {
     ASSERT_TRUE(ascii.ToKnxValue(dpt4001, StringValue(""), out));
     KnxStack::GroupValue expected;
@@ -222,7 +238,7 @@ TEST_F(Character, EmptyTextWritesAZeroByte)
     EXPECT_EQ(out, expected);
 }
 
-TEST_F(Character, AsciiRefusesEAcuteAfterLatin1Conversion)
+TEST_F(KnxConverterCharacter, AsciiRefusesEAcuteAfterLatin1Conversion)
 {
     EXPECT_FALSE(ascii.ToKnxValue(dpt4001, StringValue(eAcute), out));
     EXPECT_EQ(out, untouched);
@@ -230,7 +246,7 @@ TEST_F(Character, AsciiRefusesEAcuteAfterLatin1Conversion)
                 ElementsAre(Error("ToKnxValue - Value out of raw range [0..127] for DPT 4.001: -23")));
 }
 
-TEST_F(Character, Latin1WritesEAcuteAsOneByte)
+TEST_F(KnxConverterCharacter, Latin1WritesEAcuteAsOneByte)
 {
     ASSERT_TRUE(latin1.ToKnxValue(dpt4002, StringValue(eAcute + "xyz"), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(0xE9u));
@@ -238,7 +254,7 @@ TEST_F(Character, Latin1WritesEAcuteAsOneByte)
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
 }
 
-TEST_F(Character, NeedsMainNumberAndString)
+TEST_F(KnxConverterCharacter, NeedsMainNumberAndString)
 {
     EXPECT_FALSE(ascii.ToKnxValue(dpt4001, ByteValue(0x41), out));
     EXPECT_FALSE(ascii.ToKnxValue(KNXDPT{8, 5, 1}, StringValue("A"), out));
@@ -248,7 +264,7 @@ TEST_F(Character, NeedsMainNumberAndString)
                             Error("ToKnxValue - Wrong oka value type (ivtString) or DPT main number (4.x)!")));
 }
 
-TEST_F(Character, FromKnxAscii)
+TEST_F(KnxConverterCharacter, FromKnxAscii)
 {
     const KnxStack::GroupValue group = MakeGroupValue({0x41}, 8);
     ASSERT_TRUE(ascii.FromKnxValue(dpt4001, group, value));
@@ -257,7 +273,7 @@ TEST_F(Character, FromKnxAscii)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(FromTraceText(dpt4001, group))));
 }
 
-TEST_F(Character, FromKnxAsciiRefusesTheHighBit)
+TEST_F(KnxConverterCharacter, FromKnxAsciiRefusesTheHighBit)
 {
     EXPECT_FALSE(ascii.FromKnxValue(dpt4001, MakeGroupValue({0xE9}, 8), value));
     EXPECT_EQ(value, before);
@@ -265,7 +281,7 @@ TEST_F(Character, FromKnxAsciiRefusesTheHighBit)
                 ElementsAre(Error("FromKnxValue - Value out of raw range [0..127] for DPT 4.001: 233")));
 }
 
-TEST_F(Character, FromKnxLatin1GivesTheTwoByteUtf8Form)
+TEST_F(KnxConverterCharacter, FromKnxLatin1GivesTheTwoByteUtf8Form)
 {
     ASSERT_TRUE(latin1.FromKnxValue(dpt4002, MakeGroupValue({0xE9}, 8), value));
     EXPECT_EQ(value.type, ivtString);
@@ -275,7 +291,7 @@ TEST_F(Character, FromKnxLatin1GivesTheTwoByteUtf8Form)
     EXPECT_STREQ(value.text.c_str(), "A");
 }
 
-TEST_F(Character, FromKnxRefusesOtherMainNumbers)
+TEST_F(KnxConverterCharacter, FromKnxRefusesOtherMainNumbers)
 {
     EXPECT_FALSE(ascii.FromKnxValue(KNXDPT{8, 5, 1}, MakeGroupValue({0x41}, 8), value));
     EXPECT_EQ(value, before);
@@ -285,7 +301,7 @@ TEST_F(Character, FromKnxRefusesOtherMainNumbers)
 
 // --- 5.x ---------------------------------------------------------------------------------
 
-TEST_F(SmallConverter, UnsignedByteToKnxRefusesInsideTheRangeAndWritesOutside)
+TEST_F(KnxConverterUnsignedByte, ToKnxRefusesInsideTheRangeAndWritesOutside)
 {
     const KnxConverterByte8BitUnsigned converter(IntegerRange(255, 255, 255, 255));
     const KNXDPT dpt{8, 5, 1};
@@ -299,7 +315,7 @@ TEST_F(SmallConverter, UnsignedByteToKnxRefusesInsideTheRangeAndWritesOutside)
                 ElementsAre(Error("ToKnxValue - Value out of raw range [0..254] for DPT 5.006: 255")));
 }
 
-TEST_F(SmallConverter, UnsignedByteFromKnxAcceptsOnlyInsideTheRange)
+TEST_F(KnxConverterUnsignedByte, FromKnxAcceptsOnlyInsideTheRange)
 {
     const KnxConverterByte8BitUnsigned converter(IntegerRange(255, 255, 255, 255));
     const KNXDPT dpt{8, 5, 1};
@@ -315,7 +331,7 @@ TEST_F(SmallConverter, UnsignedByteFromKnxAcceptsOnlyInsideTheRange)
                                   "5.1; value was 254")));
 }
 
-TEST_F(SmallConverter, UnsignedByteWithTheFullRangeRefusesEveryByteToKnx)
+TEST_F(KnxConverterUnsignedByte, WithTheFullRangeRefusesEveryByteToKnx)
 {
     const KnxConverterByte8BitUnsigned converter(IntegerRange::CreateScaled(0, 255, 0, 255));
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 5, 1}, ByteValue(100), out));
@@ -324,7 +340,7 @@ TEST_F(SmallConverter, UnsignedByteWithTheFullRangeRefusesEveryByteToKnx)
                 ElementsAre(Error("ToKnxValue - Value out of raw range [0..254] for DPT 5.006: 100")));
 }
 
-TEST_F(SmallConverter, UnsignedByteNeedsMainNumberFiveAndByte)
+TEST_F(KnxConverterUnsignedByte, NeedsMainNumberFiveAndByte)
 {
     const KnxConverterByte8BitUnsigned converter(IntegerRange::CreateScaled(0, 4, 0, 4));
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 20, 102}, ByteValue(9), out));
@@ -335,7 +351,7 @@ TEST_F(SmallConverter, UnsignedByteNeedsMainNumberFiveAndByte)
                             Error("ToKnxValue - Wrong oka value type (ivtByte) or DPT main number (5.x)!")));
 }
 
-TEST_F(SmallConverter, UnsignedByteFromKnxHasNoDptTest)
+TEST_F(KnxConverterUnsignedByte, FromKnxHasNoDptTest)
 {
     const KnxConverterByte8BitUnsigned converter(IntegerRange::CreateScaled(0, 4, 0, 4));
     const KnxStack::GroupValue group = MakeGroupValue({0x03}, 8);
@@ -347,7 +363,7 @@ TEST_F(SmallConverter, UnsignedByteFromKnxHasNoDptTest)
 
 // --- 6.x ---------------------------------------------------------------------------------
 
-TEST_F(SmallConverter, SignedByteCutsTheIntegerToEightBits)
+TEST_F(KnxConverterSignedByte, CutsTheIntegerToEightBits)
 {
     const KnxConverterInteger8BitSigned converter(IntegerRange::CreateScaled(-128, 127, -128, 127));
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{8, 6, 1}, IntegerValue(-1), out));
@@ -357,7 +373,7 @@ TEST_F(SmallConverter, SignedByteCutsTheIntegerToEightBits)
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
 }
 
-TEST_F(SmallConverter, SignedByteNeedsMainNumberAndInteger)
+TEST_F(KnxConverterSignedByte, NeedsMainNumberAndInteger)
 {
     const KnxConverterInteger8BitSigned converter(IntegerRange::CreateScaled(-128, 127, -128, 127));
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 6, 1}, ByteValue(1), out));
@@ -368,7 +384,7 @@ TEST_F(SmallConverter, SignedByteNeedsMainNumberAndInteger)
                             Error("ToKnxValue - Wrong oka value type (ivtInteger) or DPT main number (6.x)!")));
 }
 
-TEST_F(SmallConverter, SignedByteFromKnxSignExtendsWithoutDptTest)
+TEST_F(KnxConverterSignedByte, FromKnxSignExtendsWithoutDptTest)
 {
     const KnxConverterInteger8BitSigned converter(IntegerRange::CreateScaled(-128, 127, -128, 127));
     const KnxStack::GroupValue group = MakeGroupValue({0xFF}, 8);
@@ -380,14 +396,14 @@ TEST_F(SmallConverter, SignedByteFromKnxSignExtendsWithoutDptTest)
 
 // --- 6.020 -------------------------------------------------------------------------------
 
-class StatusWithMode : public SmallConverter
+class KnxConverterStatusWithMode : public SmallConverter
 {
 protected:
     const KnxConverterStatus8Bit converter{IntegerRange::CreateScaled(0, 255, 0, 255)};
     const KNXDPT dpt{8, 6, 20};
 };
 
-TEST_F(StatusWithMode, ModeOneConvertsBothWays)
+TEST_F(KnxConverterStatusWithMode, ModeOneConvertsBothWays)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, ByteValue(0x21), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(0x21u));
@@ -397,7 +413,7 @@ TEST_F(StatusWithMode, ModeOneConvertsBothWays)
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
 }
 
-TEST_F(StatusWithMode, ModeThreeIsRefusedButAlreadyWrittenToKnx)
+TEST_F(KnxConverterStatusWithMode, ModeThreeIsRefusedButAlreadyWrittenToKnx)
 {
     EXPECT_FALSE(converter.ToKnxValue(dpt, ByteValue(0x23), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(0x23u));
@@ -406,7 +422,7 @@ TEST_F(StatusWithMode, ModeThreeIsRefusedButAlreadyWrittenToKnx)
                             Error("ToKnxValue - The internal value of DPT=6.20, f=\x03 is out of the allowed range.")));
 }
 
-TEST_F(StatusWithMode, ModeThreeIsRefusedFromKnx)
+TEST_F(KnxConverterStatusWithMode, ModeThreeIsRefusedFromKnx)
 {
     EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x23}, 8), value));
     EXPECT_EQ(value, before);
@@ -414,7 +430,7 @@ TEST_F(StatusWithMode, ModeThreeIsRefusedFromKnx)
                 ElementsAre(Error("FromKnxValue - The internal value of DPT=6.20, f=\x03 is out of the allowed range.")));
 }
 
-TEST_F(StatusWithMode, ModeZeroIsPrintedAsARawZeroByte)
+TEST_F(KnxConverterStatusWithMode, ModeZeroIsPrintedAsARawZeroByte)
 {
     EXPECT_FALSE(converter.ToKnxValue(dpt, ByteValue(0x80), out));
     const std::string expected = std::string("ToKnxValue - The internal value of DPT=6.20, f=") + '\0' +
@@ -422,7 +438,7 @@ TEST_F(StatusWithMode, ModeZeroIsPrintedAsARawZeroByte)
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), ElementsAre(Error(expected)));
 }
 
-TEST_F(StatusWithMode, AnyOneOfMainSubOrTypeSuffices)
+TEST_F(KnxConverterStatusWithMode, AnyOneOfMainSubOrTypeSuffices)
 {
     // Sub number 20 alone, with a word value.
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 7, 20}, WordValue(0x22), out));
@@ -432,7 +448,7 @@ TEST_F(StatusWithMode, AnyOneOfMainSubOrTypeSuffices)
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
 }
 
-TEST_F(StatusWithMode, RefusedWhenNoneMatches)
+TEST_F(KnxConverterStatusWithMode, RefusedWhenNoneMatches)
 {
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 7, 5}, WordValue(0x21), out));
     EXPECT_EQ(out, untouched);
@@ -440,7 +456,7 @@ TEST_F(StatusWithMode, RefusedWhenNoneMatches)
                 ElementsAre(Error("ToKnxValue - Wrong oka value type (ivtByte) or DPT main number (6.020)!")));
 }
 
-TEST_F(StatusWithMode, FromKnxAcceptsMainOrSub)
+TEST_F(KnxConverterStatusWithMode, FromKnxAcceptsMainOrSub)
 {
     EXPECT_TRUE(converter.FromKnxValue(KNXDPT{8, 7, 20}, MakeGroupValue({0x22}, 8), value));
     EXPECT_TRUE(converter.FromKnxValue(KNXDPT{8, 6, 1}, MakeGroupValue({0x24}, 8), value));
@@ -454,20 +470,24 @@ TEST_F(StatusWithMode, FromKnxAcceptsMainOrSub)
 
 // --- 17.001 ------------------------------------------------------------------------------
 
-class SceneNumber : public SmallConverter
+// A fixture bears the name of the converter it tests; declared in an anonymous namespace it
+// hides the class, which is then written Okaro::<Name>.
+namespace
+{
+class KnxConverterSceneNumber : public SmallConverter
 {
 protected:
-    const KnxConverterSceneNumber converter{IntegerRange::CreateScaled(0, 63, 0, 63)};
+    const Okaro::KnxConverterSceneNumber converter{IntegerRange::CreateScaled(0, 63, 0, 63)};
     const KNXDPT dpt{8, 17, 1};
 };
 
-TEST_F(SceneNumber, WritesScenesInRange)
+TEST_F(KnxConverterSceneNumber, WritesScenesInRange)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, IntegerValue(63), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(63u));
 }
 
-TEST_F(SceneNumber, SixtyFourIsRefusedToKnx)
+TEST_F(KnxConverterSceneNumber, SixtyFourIsRefusedToKnx)
 {
     EXPECT_FALSE(converter.ToKnxValue(dpt, IntegerValue(64), out));
     EXPECT_FALSE(converter.ToKnxValue(dpt, IntegerValue(-1), out));
@@ -477,7 +497,7 @@ TEST_F(SceneNumber, SixtyFourIsRefusedToKnx)
                             Error("ToKnxValue - Scene number is out of range (>63) for SceneNumber: -1")));
 }
 
-TEST_F(SceneNumber, SixtyFourIsRefusedFromKnxButStored)
+TEST_F(KnxConverterSceneNumber, SixtyFourIsRefusedFromKnxButStored)
 {
     EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({64}, 8), value));
     EXPECT_EQ(value.numeric.integer, 64);
@@ -487,7 +507,7 @@ TEST_F(SceneNumber, SixtyFourIsRefusedFromKnxButStored)
                 ElementsAre(Error("FromKnxValue - Scene number is out of range (>63) for SceneNumber: 64")));
 }
 
-TEST_F(SceneNumber, FromKnxSetsByteType)
+TEST_F(KnxConverterSceneNumber, FromKnxSetsByteType)
 {
     const KnxStack::GroupValue group = MakeGroupValue({5}, 8);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
@@ -496,7 +516,7 @@ TEST_F(SceneNumber, FromKnxSetsByteType)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(FromTraceText(dpt, group))));
 }
 
-TEST_F(SceneNumber, AnyOneOfMainSubOrTypeSuffices)
+TEST_F(KnxConverterSceneNumber, AnyOneOfMainSubOrTypeSuffices)
 {
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{8, 17, 5}, IntegerValue(5), out));  // main 17
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, FloatValue(0.0), out));  // sub 1
@@ -507,7 +527,7 @@ TEST_F(SceneNumber, AnyOneOfMainSubOrTypeSuffices)
                 ElementsAre(Error("ToKnxValue - Wrong DPT main number (17.001) or oka value type (ivtByte)!")));
 }
 
-TEST_F(SceneNumber, FromKnxAcceptsMainOrSub)
+TEST_F(KnxConverterSceneNumber, FromKnxAcceptsMainOrSub)
 {
     EXPECT_TRUE(converter.FromKnxValue(KNXDPT{8, 5, 1}, MakeGroupValue({5}, 8), value));
     value = before;
@@ -516,17 +536,20 @@ TEST_F(SceneNumber, FromKnxAcceptsMainOrSub)
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(Error("FromKnxValue - Wrong DPT main number (17.001)!")));
 }
+} // namespace
 
 // --- 18.001 ------------------------------------------------------------------------------
 
-class SceneControl : public SmallConverter
+namespace
+{
+class KnxConverterSceneControl : public SmallConverter
 {
 protected:
-    const KnxConverterSceneControl converter{IntegerRange::CreateScaled(0, 63, 0, 63)};
+    const Okaro::KnxConverterSceneControl converter{IntegerRange::CreateScaled(0, 63, 0, 63)};
     const KNXDPT dpt{8, 18, 1};
 };
 
-TEST_F(SceneControl, LearnFlagPassesThrough)
+TEST_F(KnxConverterSceneControl, LearnFlagPassesThrough)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, ByteValue(0x85), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(0x85u));
@@ -536,7 +559,7 @@ TEST_F(SceneControl, LearnFlagPassesThrough)
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
 }
 
-TEST_F(SceneControl, ReservedBitSixIsRefusedToKnxWithTheSceneAsARawCharacter)
+TEST_F(KnxConverterSceneControl, ReservedBitSixIsRefusedToKnxWithTheSceneAsARawCharacter)
 {
     // 0x45 & 0x7F is 69, printed as the character 'E'.
     EXPECT_FALSE(converter.ToKnxValue(dpt, ByteValue(0x45), out));
@@ -545,7 +568,7 @@ TEST_F(SceneControl, ReservedBitSixIsRefusedToKnxWithTheSceneAsARawCharacter)
                 ElementsAre(Error("ToKnxValue - Scene number is out of range (>63) for SceneControl: E")));
 }
 
-TEST_F(SceneControl, ReservedBitSixIsRefusedFromKnx)
+TEST_F(KnxConverterSceneControl, ReservedBitSixIsRefusedFromKnx)
 {
     EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x45}, 8), value));
     EXPECT_EQ(value, before);
@@ -553,7 +576,7 @@ TEST_F(SceneControl, ReservedBitSixIsRefusedFromKnx)
                 ElementsAre(Error("FromKnxValue - Reserved bit is used for scene number in DPT scene control!")));
 }
 
-TEST_F(SceneControl, NeedsMainSubAndByte)
+TEST_F(KnxConverterSceneControl, NeedsMainSubAndByte)
 {
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 18, 2}, ByteValue(1), out));
     EXPECT_FALSE(converter.ToKnxValue(dpt, IntegerValue(1), out));
@@ -565,17 +588,20 @@ TEST_F(SceneControl, NeedsMainSubAndByte)
                             Error("ToKnxValue - Wrong DPT for Scene number (18.001) or oka value type (ivtByte)."),
                             Error("FromKnxValue - Wrong DPT for Scene number, only 18.001 is valid.")));
 }
+} // namespace
 
 // --- 26.001 ------------------------------------------------------------------------------
 
-class SceneInfo : public SmallConverter
+namespace
+{
+class KnxConverterSceneInfo : public SmallConverter
 {
 protected:
-    const KnxConverterSceneInfo converter{IntegerRange::CreateScaled(-64, 64, 0, 255)};
+    const Okaro::KnxConverterSceneInfo converter{IntegerRange::CreateScaled(-64, 64, 0, 255)};
     const KNXDPT dpt{8, 26, 1};
 };
 
-TEST_F(SceneInfo, ThreeFPasses)
+TEST_F(KnxConverterSceneInfo, ThreeFPasses)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, ByteValue(0x3F), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(0x3Fu));
@@ -585,7 +611,7 @@ TEST_F(SceneInfo, ThreeFPasses)
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL), IsEmpty());
 }
 
-TEST_F(SceneInfo, ReservedBitEightIsRefusedBothWays)
+TEST_F(KnxConverterSceneInfo, ReservedBitEightIsRefusedBothWays)
 {
     EXPECT_FALSE(converter.ToKnxValue(dpt, ByteValue(0x80), out));
     EXPECT_EQ(out, untouched);
@@ -596,7 +622,7 @@ TEST_F(SceneInfo, ReservedBitEightIsRefusedBothWays)
                             Error("FromKnxValue - Reserved bit is used for scene number in DPT scene control!")));
 }
 
-TEST_F(SceneInfo, NeedsMainSubAndByte)
+TEST_F(KnxConverterSceneInfo, NeedsMainSubAndByte)
 {
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 26, 2}, ByteValue(1), out));
     EXPECT_FALSE(converter.ToKnxValue(dpt, WordValue(1), out));
@@ -609,7 +635,7 @@ TEST_F(SceneInfo, NeedsMainSubAndByte)
                             Error("FromKnxValue - Wrong DPT for Scene number, only 26.001 is valid.")));
 }
 
-TEST_F(SceneInfo, MessagesNameTheConverterSource)
+TEST_F(KnxConverterSceneInfo, MessagesNameTheConverterSource)
 {
     converter.ToKnxValue(dpt, ByteValue(0x80), out);
     const auto lines = capture.Lines();
@@ -617,3 +643,4 @@ TEST_F(SceneInfo, MessagesNameTheConverterSource)
     EXPECT_EQ(lines[0].file, "KnxConverter.cpp");
     EXPECT_EQ(lines[1].file, "KnxConverter.cpp");
 }
+} // namespace

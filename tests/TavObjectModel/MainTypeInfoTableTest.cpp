@@ -76,10 +76,10 @@ const ExpectedRow kExpectedRows[] = {
 };
 
 // The date rows are built from local time; fix the zone so the texts do not depend on the host.
-class MainTypeTable : public TavTest::TimeZoneFixture
+class MainTypeInfoTableRows : public TavTest::TimeZoneFixture
 {
 protected:
-    MainTypeTable() : TimeZoneFixture("UTC") {}
+    MainTypeInfoTableRows() : TimeZoneFixture("UTC") {}
 };
 
 std::uint32_t Packed(std::uint32_t mainType, std::uint32_t subType) { return mainType << 16 | subType; }
@@ -90,7 +90,7 @@ std::string Text(const boost::optional<std::string>& text) { return text ? *text
 const std::string kIvtNameDuringStaticInit = KnxLdsMapping::GetIvtFromMainType(9);
 } // namespace
 
-TEST_F(MainTypeTable, HasExactlyTheExpectedRows)
+TEST_F(MainTypeInfoTableRows, HasExactlyTheExpectedRows)
 {
     const MainTypeInfoTable& table = MainTypeInfoTable::Instance();
     EXPECT_EQ(table.Size(), 43u);
@@ -104,7 +104,7 @@ TEST_F(MainTypeTable, HasExactlyTheExpectedRows)
     }
 }
 
-TEST_F(MainTypeTable, NamesOfEveryRow)
+TEST_F(MainTypeInfoTableRows, NamesOfEveryRow)
 {
     for (const ExpectedRow& row : kExpectedRows)
     {
@@ -113,7 +113,7 @@ TEST_F(MainTypeTable, NamesOfEveryRow)
     }
 }
 
-TEST_F(MainTypeTable, ValueTypeOfEveryRowFromAPackedDpt)
+TEST_F(MainTypeInfoTableRows, ValueTypeOfEveryRowFromAPackedDpt)
 {
     for (const ExpectedRow& row : kExpectedRows)
     {
@@ -124,7 +124,7 @@ TEST_F(MainTypeTable, ValueTypeOfEveryRowFromAPackedDpt)
     }
 }
 
-TEST_F(MainTypeTable, DefaultValueOfEveryRowInBothTextForms)
+TEST_F(MainTypeInfoTableRows, DefaultValueOfEveryRowInBothTextForms)
 {
     for (const ExpectedRow& row : kExpectedRows)
     {
@@ -138,7 +138,7 @@ TEST_F(MainTypeTable, DefaultValueOfEveryRowInBothTextForms)
     }
 }
 
-TEST_F(MainTypeTable, DefaultValuesReadBackWithTheirTypeAndSubType)
+TEST_F(MainTypeInfoTableRows, DefaultValuesReadBackWithTheirTypeAndSubType)
 {
     for (const ExpectedRow& row : kExpectedRows)
     {
@@ -154,7 +154,7 @@ TEST_F(MainTypeTable, DefaultValuesReadBackWithTheirTypeAndSubType)
     }
 }
 
-TEST_F(MainTypeTable, UnknownMainTypesHaveNoRow)
+TEST_F(MainTypeInfoTableRows, UnknownMainTypesHaveNoRow)
 {
     for (unsigned long mainType : {0ul, 32ul, 199ul, 203ul, 233ul, 239ul, 65535ul, 65536ul})
     {
@@ -172,7 +172,7 @@ TEST_F(MainTypeTable, UnknownMainTypesHaveNoRow)
     EXPECT_FALSE(KnxLdsMapping::GetDefaultValueFromDpt(0xFFFFFFFFul, true));
 }
 
-TEST_F(MainTypeTable, StatusWithModeHasItsOwnDefaultValue)
+TEST_F(MainTypeInfoTableRows, StatusWithModeHasItsOwnDefaultValue)
 {
     EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(0x60014, false)), "6/2:1");
     EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(0x60014, true)), "6.7/2:1");
@@ -183,7 +183,7 @@ TEST_F(MainTypeTable, StatusWithModeHasItsOwnDefaultValue)
     EXPECT_EQ(MainTypeInfoTable::Instance().Find(6)->defaultValue(ivtByte).numeric.byte, 0);
 }
 
-TEST_F(MainTypeTable, StatusWithModeNeverCallsTheFactory)
+TEST_F(MainTypeInfoTableRows, StatusWithModeNeverCallsTheFactory)
 {
     int calls = 0;
     MainTypeInfoTable table;
@@ -205,14 +205,14 @@ TEST_F(MainTypeTable, StatusWithModeNeverCallsTheFactory)
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(MainTypeTable, StatusWithModeNeedsTheRowOfMainType6)
+TEST_F(MainTypeInfoTableRows, StatusWithModeNeedsTheRowOfMainType6)
 {
     MainTypeInfoTable table;
     table.Add(5, MainTypeInfo{ivtByte, OkaDP::istGeneric, [](OkaValueType type) { return OKAVALUE(type); }});
     EXPECT_FALSE(table.DefaultValueForDpt(0x60014));
 }
 
-TEST_F(MainTypeTable, AMissingFactoryThrows)
+TEST_F(MainTypeInfoTableRows, AMissingFactoryThrows)
 {
     MainTypeInfoTable table;
     table.Add(7, MainTypeInfo{ivtWord, OkaDP::istGeneric, Okaro::DefaultValueFactory()});
@@ -222,7 +222,7 @@ TEST_F(MainTypeTable, AMissingFactoryThrows)
     EXPECT_TRUE(table.DefaultValueForDpt(0x60014));
 }
 
-TEST_F(MainTypeTable, FactoryIsHandedTheRowsValueType)
+TEST_F(MainTypeInfoTableRows, FactoryIsHandedTheRowsValueType)
 {
     OkaValueType handed = ivtEmpty;
     MainTypeInfoTable table;
@@ -234,7 +234,7 @@ TEST_F(MainTypeTable, FactoryIsHandedTheRowsValueType)
     EXPECT_EQ(handed, ivtDate);
 }
 
-TEST_F(MainTypeTable, EmptyTableHasNoRows)
+TEST_F(MainTypeInfoTableRows, EmptyTableHasNoRows)
 {
     const MainTypeInfoTable table;
     EXPECT_EQ(table.Size(), 0u);
@@ -243,7 +243,7 @@ TEST_F(MainTypeTable, EmptyTableHasNoRows)
     EXPECT_FALSE(table.DefaultValueForDpt(0x60014));
 }
 
-TEST_F(MainTypeTable, PlainFactoriesKeepTheirTypeWhateverTheyAreHanded)
+TEST_F(MainTypeInfoTableRows, PlainFactoriesKeepTheirTypeWhateverTheyAreHanded)
 {
     const MainTypeInfoTable& table = MainTypeInfoTable::Instance();
     EXPECT_EQ(table.Find(2)->defaultValue(ivtWord).type, ivtByte);
@@ -252,7 +252,7 @@ TEST_F(MainTypeTable, PlainFactoriesKeepTheirTypeWhateverTheyAreHanded)
     EXPECT_EQ(table.Find(234)->defaultValue(ivtByte).type, ivtWord);
 }
 
-TEST_F(MainTypeTable, PayloadsOfTheDefaultValues)
+TEST_F(MainTypeInfoTableRows, PayloadsOfTheDefaultValues)
 {
     const MainTypeInfoTable& table = MainTypeInfoTable::Instance();
 
@@ -295,7 +295,7 @@ TEST_F(MainTypeTable, PayloadsOfTheDefaultValues)
     EXPECT_EQ(*table.DefaultValueForDpt(Packed(10, 1)), OKAVALUE::DefaultDayTime());
 }
 
-TEST_F(MainTypeTable, PackedDptIsReadAsIts32BitValue)
+TEST_F(MainTypeInfoTableRows, PackedDptIsReadAsIts32BitValue)
 {
     if (sizeof(unsigned long) <= 4)
     {
@@ -308,7 +308,7 @@ TEST_F(MainTypeTable, PackedDptIsReadAsIts32BitValue)
     EXPECT_EQ(KnxLdsMapping::GetIvtFromMainType(above32Bits | 9ul), "Float");
 }
 
-TEST_F(MainTypeTable, UsableFromAnotherStaticInitialiser)
+TEST_F(MainTypeInfoTableRows, UsableFromAnotherStaticInitialiser)
 {
     EXPECT_EQ(kIvtNameDuringStaticInit, "Float");
 }

@@ -35,14 +35,14 @@ std::string Serialized(const OKAVALUE& value, bool internal)
 
 const double kNan = std::numeric_limits<double>::quiet_NaN();
 
-class RemoteMessengerTest : public ::testing::Test
+class RemoteRequestMessengerDeviceStack : public ::testing::Test
 {
 protected:
     StrictMock<TavTest::MockDeviceStackClient> client;
     Okaro::RemoteRequestMessengerDeviceStack messenger{client};
 };
 
-TEST_F(RemoteMessengerTest, NanFloatIsWrittenAsNanInDefaultFormat)
+TEST_F(RemoteRequestMessengerDeviceStack, NanFloatIsWrittenAsNanInDefaultFormat)
 {
     TavTest::LogCapture capture;
     EXPECT_CALL(client, SetValueAsync(7ul, "nan", true, 0)).WillOnce(Return("r1"));
@@ -50,7 +50,7 @@ TEST_F(RemoteMessengerTest, NanFloatIsWrittenAsNanInDefaultFormat)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(RemoteMessengerTest, NanFloatIsWrittenWithFloatTagInInternalFormat)
+TEST_F(RemoteRequestMessengerDeviceStack, NanFloatIsWrittenWithFloatTagInInternalFormat)
 {
     TavTest::LogCapture capture;
     {
@@ -65,7 +65,7 @@ TEST_F(RemoteMessengerTest, NanFloatIsWrittenWithFloatTagInInternalFormat)
     EXPECT_EQ("RequestMessengerDeviceStack.cpp", capture.Lines().at(0).file);
 }
 
-TEST_F(RemoteMessengerTest, NanInAnotherTypeGoesThroughTheSerializer)
+TEST_F(RemoteRequestMessengerDeviceStack, NanInAnotherTypeGoesThroughTheSerializer)
 {
     const OKAVALUE floatFamilyNan = MakeReal(static_cast<OkaValueType>(1005), kNan);
     EXPECT_CALL(client, SetValueAsync(1ul, Serialized(floatFamilyNan, false), false, 0)).WillOnce(Return("a"));
@@ -79,7 +79,7 @@ TEST_F(RemoteMessengerTest, NanInAnotherTypeGoesThroughTheSerializer)
     EXPECT_NE("3.7:nan", Serialized(floatFamilyNan, true));
 }
 
-TEST_F(RemoteMessengerTest, OrdinaryValuesAreSerializedInTheCurrentFormat)
+TEST_F(RemoteRequestMessengerDeviceStack, OrdinaryValuesAreSerializedInTheCurrentFormat)
 {
     const OKAVALUE real = MakeReal(ivtFloat, 21.5);
     ASSERT_NE(Serialized(real, false), Serialized(real, true));
@@ -98,7 +98,7 @@ TEST_F(RemoteMessengerTest, OrdinaryValuesAreSerializedInTheCurrentFormat)
     EXPECT_EQ("3", messenger.SetValueAsync(3, real, true));
 }
 
-TEST_F(RemoteMessengerTest, NativeFormatAfterInternalFormatKeepsTheInternalFlag)
+TEST_F(RemoteRequestMessengerDeviceStack, NativeFormatAfterInternalFormatKeepsTheInternalFlag)
 {
     {
         InSequence order;
@@ -111,7 +111,7 @@ TEST_F(RemoteMessengerTest, NativeFormatAfterInternalFormatKeepsTheInternalFlag)
     EXPECT_EQ("9", messenger.SetValueAsync(4, MakeReal(ivtFloat, kNan), false));
 }
 
-TEST_F(RemoteMessengerTest, NativeFormatPassesTheClientResultThrough)
+TEST_F(RemoteRequestMessengerDeviceStack, NativeFormatPassesTheClientResultThrough)
 {
     TavTest::LogCapture capture;
     EXPECT_CALL(client, SetValueFormat("Native")).WillOnce(Return(true));
@@ -119,7 +119,7 @@ TEST_F(RemoteMessengerTest, NativeFormatPassesTheClientResultThrough)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(RemoteMessengerTest, DefaultFormatSwitchesBackWithoutLogging)
+TEST_F(RemoteRequestMessengerDeviceStack, DefaultFormatSwitchesBackWithoutLogging)
 {
     {
         InSequence order;
@@ -148,7 +148,7 @@ public:
                     const std::string&, const Lumo::ResponseError&) override {}
 };
 
-TEST_F(RemoteMessengerTest, ResponseHandlerIsForwardedIncludingNull)
+TEST_F(RemoteRequestMessengerDeviceStack, ResponseHandlerIsForwardedIncludingNull)
 {
     NullHandler handler;
     {
@@ -160,7 +160,7 @@ TEST_F(RemoteMessengerTest, ResponseHandlerIsForwardedIncludingNull)
     messenger.SetResponseHandler(nullptr);
 }
 
-TEST_F(RemoteMessengerTest, RequestsAreForwardedUnchangedWithTheirResults)
+TEST_F(RemoteRequestMessengerDeviceStack, RequestsAreForwardedUnchangedWithTheirResults)
 {
     TavTest::LogCapture capture;
     EXPECT_CALL(client, RegisterApplicationAsync("app", "path", "key")).WillOnce(Return("10"));

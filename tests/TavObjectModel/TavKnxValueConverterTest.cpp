@@ -30,7 +30,7 @@ const char* const kUnreadable = "this is no serialised value";
 std::vector<LogLine> Errors(const LogCapture& capture) { return capture.LinesAtOrAbove(log4cplus::ERROR_LOG_LEVEL); }
 } // namespace
 
-TEST(TavKnxValueConverterTest, InitAndTheValueOverloadsBehaveAsTheBase)
+TEST(TavKnxValueConverter, InitAndTheValueOverloadsBehaveAsTheBase)
 {
     TavKnxValueConverter converter;
     EXPECT_TRUE(converter.Init());
@@ -44,7 +44,7 @@ TEST(TavKnxValueConverterTest, InitAndTheValueOverloadsBehaveAsTheBase)
     EXPECT_DOUBLE_EQ(value.numeric.real, 21.0);
 }
 
-TEST(TavKnxValueConverterTest, OneBitGroupValueGivesTheTextOfABool)
+TEST(TavKnxValueConverter, OneBitGroupValueGivesTheTextOfABool)
 {
     TavKnxValueConverter converter;
     for (bool internalForm : {false, true})
@@ -57,7 +57,7 @@ TEST(TavKnxValueConverterTest, OneBitGroupValueGivesTheTextOfABool)
     }
 }
 
-TEST(TavKnxValueConverterTest, ShortTelegramSizeHasNoDefaultDptAndLeavesTheText)
+TEST(TavKnxValueConverter, ShortTelegramSizeHasNoDefaultDptAndLeavesTheText)
 {
     TavKnxValueConverter converter;
     std::string text = "old";
@@ -68,7 +68,7 @@ TEST(TavKnxValueConverterTest, ShortTelegramSizeHasNoDefaultDptAndLeavesTheText)
                 ElementsAre(Error("FromKnxValue - Convert from KNX value failed. Missing DPT. GroupValue = 01")));
 }
 
-TEST(TavKnxValueConverterTest, SixteenBitsAreAlwaysReadAsAFloat)
+TEST(TavKnxValueConverter, SixteenBitsAreAlwaysReadAsAFloat)
 {
     TavKnxValueConverter converter;
     std::string text;
@@ -77,7 +77,7 @@ TEST(TavKnxValueConverterTest, SixteenBitsAreAlwaysReadAsAFloat)
     EXPECT_EQ(text, SerializedText(FloatValue(21.0), false));
 }
 
-TEST(TavKnxValueConverterTest, FailedConversionLeavesTheText)
+TEST(TavKnxValueConverter, FailedConversionLeavesTheText)
 {
     TavKnxValueConverter converter;
     std::string text = "old";
@@ -87,7 +87,7 @@ TEST(TavKnxValueConverterTest, FailedConversionLeavesTheText)
     EXPECT_FALSE(Errors(capture).empty());
 }
 
-TEST(TavKnxValueConverterTest, StringWithEightBitsBecomesFourOne)
+TEST(TavKnxValueConverter, StringWithEightBitsBecomesFourOne)
 {
     TavKnxValueConverter converter;
     KnxStack::GroupValue groupValue;
@@ -98,7 +98,7 @@ TEST(TavKnxValueConverterTest, StringWithEightBitsBecomesFourOne)
     EXPECT_THAT(Errors(capture), IsEmpty());
 }
 
-TEST(TavKnxValueConverterTest, BitSize300IsReadAs44WhichHasNoDefault)
+TEST(TavKnxValueConverter, BitSize300IsReadAs44WhichHasNoDefault)
 {
     TavKnxValueConverter converter;
     KnxStack::GroupValue groupValue;
@@ -115,7 +115,7 @@ TEST(TavKnxValueConverterTest, BitSize300IsReadAs44WhichHasNoDefault)
     EXPECT_THAT(Errors(capture), IsEmpty());
 }
 
-TEST(TavKnxValueConverterTest, TextWithDptWritesTheChosenDefaultIntoTheCallersDpt)
+TEST(TavKnxValueConverter, TextWithDptWritesTheChosenDefaultIntoTheCallersDpt)
 {
     TavKnxValueConverter converter;
     KNXDPT dpt{32, 0, 0};
@@ -127,7 +127,7 @@ TEST(TavKnxValueConverterTest, TextWithDptWritesTheChosenDefaultIntoTheCallersDp
     EXPECT_EQ(BytesOf(groupValue), Bytes({0x41, 0xAC, 0x00, 0x00}));
 }
 
-TEST(TavKnxValueConverterTest, TextEndsAtItsFirstZeroByte)
+TEST(TavKnxValueConverter, TextEndsAtItsFirstZeroByte)
 {
     TavKnxValueConverter converter;
     std::string text = SerializedText(FloatValue(21.0), false);
@@ -138,7 +138,7 @@ TEST(TavKnxValueConverterTest, TextEndsAtItsFirstZeroByte)
     EXPECT_EQ(BytesOf(groupValue), Bytes({0x0C, 0x1A}));
 }
 
-TEST(TavKnxValueConverterTest, UnreadableTextWithAMappedDptIsAnInvalidType)
+TEST(TavKnxValueConverter, UnreadableTextWithAMappedDptIsAnInvalidType)
 {
     TavKnxValueConverter converter;
     KnxStack::GroupValue groupValue;
@@ -150,7 +150,7 @@ TEST(TavKnxValueConverterTest, UnreadableTextWithAMappedDptIsAnInvalidType)
                                              Error("ToKnxValue - Invalid value type found for DPT = 9.1 val.ivt=1")));
 }
 
-TEST(TavKnxValueConverterTest, UnreadableTextWithASizeThatHasADefaultIsAnInvalidType)
+TEST(TavKnxValueConverter, UnreadableTextWithASizeThatHasADefaultIsAnInvalidType)
 {
     TavKnxValueConverter converter;
     KnxStack::GroupValue groupValue;
@@ -159,7 +159,7 @@ TEST(TavKnxValueConverterTest, UnreadableTextWithASizeThatHasADefaultIsAnInvalid
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("ToKnxValue - Invalid value type found for DPT = 9.0 val.ivt=1")));
 }
 
-TEST(TavKnxValueConverterTest, UnreadableTextWithoutAnyDefaultIsAMissingDpt)
+TEST(TavKnxValueConverter, UnreadableTextWithoutAnyDefaultIsAMissingDpt)
 {
     TavKnxValueConverter converter;
     const std::string missing = "ToKnxValue - Convert to KNX value failed. Missing DPT. val = " + OKAVALUE().ToString();

@@ -20,10 +20,10 @@ using boost::posix_time::time_duration;
 
 namespace
 {
-class PointInTime : public TavTest::TimeZoneFixture
+class OkaValuePointInTime : public TavTest::TimeZoneFixture
 {
 protected:
-    PointInTime() : TimeZoneFixture("UTC") {}
+    OkaValuePointInTime() : TimeZoneFixture("UTC") {}
 
     static void ExpectFields(const OKATIME& time, int year, int month, int day, int hour, int minute, int second,
                              int weekday)
@@ -57,7 +57,7 @@ std::string ThrownText(const ptime& when)
 std::time_t NeverRepresentable(std::tm*) { return -1; }
 } // namespace
 
-TEST_F(PointInTime, DateBecomesTheGivenTypeInLocalTime)
+TEST_F(OkaValuePointInTime, DateBecomesTheGivenTypeInLocalTime)
 {
     TavTest::LogCapture capture;
     const OKAVALUE value = OKAVALUE::FromPointInTime(ivtDate, ptime(date(1990, 1, 1)));
@@ -69,14 +69,14 @@ TEST_F(PointInTime, DateBecomesTheGivenTypeInLocalTime)
     EXPECT_TRUE(capture.Lines().empty());
 }
 
-TEST_F(PointInTime, Year1900)
+TEST_F(OkaValuePointInTime, Year1900)
 {
     const OKAVALUE value = OKAVALUE::FromPointInTime(ivtDateTime, ptime(date(1900, 1, 1)));
     EXPECT_EQ(value.type, ivtDateTime);
     ExpectFields(value.numeric.time, 1900, 1, 1, 0, 0, 0, 1);
 }
 
-TEST_F(PointInTime, FieldsAreReadAsLocalTimeInAnotherZone)
+TEST_F(OkaValuePointInTime, FieldsAreReadAsLocalTimeInAnotherZone)
 {
     UseZone(TavTest::kCentralEuropeanZone);
     const OKAVALUE winter = OKAVALUE::FromPointInTime(ivtDate, ptime(date(1990, 1, 1)));
@@ -92,14 +92,14 @@ TEST_F(PointInTime, FieldsAreReadAsLocalTimeInAnotherZone)
     ExpectFields(early.numeric.time, 1900, 1, 1, 0, 0, 0, 1);
 }
 
-TEST_F(PointInTime, FractionsOfASecondAreDropped)
+TEST_F(OkaValuePointInTime, FractionsOfASecondAreDropped)
 {
     const OKAVALUE value = OKAVALUE::FromPointInTime(
         ivtTime, ptime(date(2024, 5, 1), time_duration(1, 2, 3) + boost::posix_time::milliseconds(990)));
     ExpectFields(value.numeric.time, 2024, 5, 1, 1, 2, 3, 3);
 }
 
-TEST_F(PointInTime, LastSecondOfA32BitTimeIsKept)
+TEST_F(OkaValuePointInTime, LastSecondOfA32BitTimeIsKept)
 {
     for (const char* zone : {"UTC", TavTest::kCentralEuropeanZone})
     {
@@ -111,7 +111,7 @@ TEST_F(PointInTime, LastSecondOfA32BitTimeIsKept)
     }
 }
 
-TEST_F(PointInTime, LaterPointsGiveTheDefaultValue)
+TEST_F(OkaValuePointInTime, LaterPointsGiveTheDefaultValue)
 {
     for (const char* zone : {"UTC", TavTest::kCentralEuropeanZone})
     {
@@ -124,7 +124,7 @@ TEST_F(PointInTime, LaterPointsGiveTheDefaultValue)
     }
 }
 
-TEST_F(PointInTime, SpecialPointsThrow)
+TEST_F(OkaValuePointInTime, SpecialPointsThrow)
 {
     EXPECT_THROW(OKAVALUE::FromPointInTime(ivtDate, ptime(boost::posix_time::not_a_date_time)), std::out_of_range);
     EXPECT_EQ(ThrownText(ptime(boost::posix_time::not_a_date_time)), "tm unable to handle not-a-date-time value");
@@ -132,7 +132,7 @@ TEST_F(PointInTime, SpecialPointsThrow)
     EXPECT_EQ(ThrownText(ptime(boost::posix_time::neg_infin)), "tm unable to handle -infinity date value");
 }
 
-TEST_F(PointInTime, TheSecondBeforeTheEpochIsATrueMinusOne)
+TEST_F(OkaValuePointInTime, TheSecondBeforeTheEpochIsATrueMinusOne)
 {
     const OKAVALUE value =
         OKAVALUE::FromPointInTime(ivtDateTime, ptime(date(1969, 12, 31), time_duration(23, 59, 59)));
@@ -140,7 +140,7 @@ TEST_F(PointInTime, TheSecondBeforeTheEpochIsATrueMinusOne)
     ExpectFields(value.numeric.time, 1969, 12, 31, 23, 59, 59, 3);
 }
 
-TEST_F(PointInTime, FieldsMktimeCannotRepresentAreTakenAsTheyAre)
+TEST_F(OkaValuePointInTime, FieldsMktimeCannotRepresentAreTakenAsTheyAre)
 {
     UseZone(TavTest::kCentralEuropeanZone);
     std::tm fields{};
@@ -164,7 +164,7 @@ TEST_F(PointInTime, FieldsMktimeCannotRepresentAreTakenAsTheyAre)
     EXPECT_EQ(LocalTimeFromFields(fields, &NeverRepresentable), LocalTimeFromFields(fields));
 }
 
-TEST_F(PointInTime, MinusOneForTheSecondBeforeTheEpochIsAValidTime)
+TEST_F(OkaValuePointInTime, MinusOneForTheSecondBeforeTheEpochIsAValidTime)
 {
     // In this zone -1 is 1970-01-01 00:59:59: the value is taken from time_t -1, not from the fields.
     UseZone(TavTest::kCentralEuropeanZone);

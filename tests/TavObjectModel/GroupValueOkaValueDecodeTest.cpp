@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -226,35 +227,54 @@ TEST_F(GroupValueToOkaValue, ThreeBitMainIsByte)
 
 // ---- mains with a value type but no branch ---------------------------------------------
 
-TEST_F(GroupValueToOkaValue, MainsWithoutBranchGiveAPresentEmptyValue)
+struct MainWithoutBranch
 {
-    struct Case
-    {
-        std::uint16_t main;
-        std::uint16_t sub;
-        KnxStack::GroupValue value;
-    };
-    const Case cases[] = {
+    std::uint16_t main;
+    std::uint16_t sub;
+    KnxStack::GroupValue value;
+};
+
+void PrintTo(const MainWithoutBranch& c, std::ostream* out)
+{
+    *out << c.main << "." << c.sub << " " << c.value.GetRawData().ToString() << " (" << c.value.GetDefinedSize()
+         << " bits)";
+}
+
+std::vector<MainWithoutBranch> MainsWithoutBranch()
+{
+    return {
         {25, 1000, MakeGroupValue({0x12}, 8)},
         {30, 1010, MakeGroupValue({0x01, 0x02, 0x03}, 24)},
         {24, 1, MakeGroupValue({0x41, 0x00}, 16)},
         {200, 100, MakeGroupValue({0x01, 0x02}, 9)},
         {202, 2, MakeGroupValue({0x01, 0x02}, 16)},
     };
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.main);
-        TavTest::LogCapture capture;
-        const auto decoded = Okaro::GroupValueToOkaValue(c.value, Packed(c.main, c.sub));
-        ASSERT_TRUE(decoded.has_value());
-        EXPECT_EQ(decoded->type, ivtEmpty);
-        EXPECT_EQ(*decoded, OKAVALUE());
-        EXPECT_THAT(Reported(capture), Contains(Error("FromKnxValue - Assume validity and accept value!")));
-        EXPECT_THAT(capture.Lines(), Contains(Trace("CheckGroupValue - DPT is " + std::to_string(c.main) + "." +
-                                                    std::to_string(c.sub) + " with bit size " +
-                                                    std::to_string(c.value.GetDefinedSize()))));
-    }
 }
+
+class GroupValueToOkaValueWithoutBranch : public TavTest::TimeZoneFixture,
+                                          public ::testing::WithParamInterface<MainWithoutBranch>
+{
+};
+
+TEST_P(GroupValueToOkaValueWithoutBranch, GivesAPresentEmptyValue)
+{
+    const MainWithoutBranch& c = GetParam();
+    TavTest::LogCapture capture;
+    const auto decoded = Okaro::GroupValueToOkaValue(c.value, Packed(c.main, c.sub));
+    ASSERT_TRUE(decoded.has_value());
+    EXPECT_EQ(decoded->type, ivtEmpty);
+    EXPECT_EQ(*decoded, OKAVALUE());
+    EXPECT_THAT(Reported(capture), Contains(Error("FromKnxValue - Assume validity and accept value!")));
+    EXPECT_THAT(capture.Lines(), Contains(Trace("CheckGroupValue - DPT is " + std::to_string(c.main) + "." +
+                                                std::to_string(c.sub) + " with bit size " +
+                                                std::to_string(c.value.GetDefinedSize()))));
+}
+
+INSTANTIATE_TEST_SUITE_P(MainsWithATypeButNoBranch, GroupValueToOkaValueWithoutBranch,
+                         ::testing::ValuesIn(MainsWithoutBranch()),
+                         [](const ::testing::TestParamInfo<MainWithoutBranch>& info) {
+                             return "Dpt" + std::to_string(info.param.main) + "_" + std::to_string(info.param.sub);
+                         });
 
 // ---- truncated telegrams never throw the group value exception -------------------------
 

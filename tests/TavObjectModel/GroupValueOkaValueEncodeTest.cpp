@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -98,15 +99,18 @@ TEST(OkaValueToGroupValueUnsupported, CharacterDptWithMatchingTypeIsNotEncoded)
                                                    "(dwDPT=262145 with value='1 -> Empty').")));
 }
 
-TEST(OkaValueToGroupValueUnsupported, MainNumbersWithATypeButNoBranch)
+struct UnsupportedMain
 {
-    struct Case
-    {
-        std::uint16_t main;
-        OKAVALUE value;
-        std::string message;
-    };
-    const Case cases[] = {
+    std::uint16_t main;
+    OKAVALUE value;
+    std::string message;
+};
+
+void PrintTo(const UnsupportedMain& c, std::ostream* out) { *out << c.main << " with " << c.value.ToString(); }
+
+std::vector<UnsupportedMain> MainsWithATypeButNoBranch()
+{
+    return {
         {25, TavTest::ByteValue(1), "Value type 25 not supported (dwDPT=1638401 with value='6 -> Byte 1')."},
         {30, TavTest::DWordValue(2), "Value type 30 not supported (dwDPT=1966081 with value='8 -> DWord 2')."},
         {200, TavTest::WideWordValue(3), "Value type 200 not supported (dwDPT=13107201 with value='7 -> Word 3')."},
@@ -118,14 +122,25 @@ TEST(OkaValueToGroupValueUnsupported, MainNumbersWithATypeButNoBranch)
          "Value type 28 not supported (dwDPT=1835009 with value='10 -> String \"x\"')."},
         {29, OKAVALUE(), "Value type 29 not supported (dwDPT=1900545 with value='1 -> Empty')."},
     };
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.main);
-        TavTest::LogCapture capture;
-        EXPECT_FALSE(Okaro::OkaValueToGroupValue(c.value, Packed(c.main, 1)).has_value());
-        EXPECT_THAT(capture.Lines(), ElementsAre(Error("OkaValueToGroupValue - " + c.message)));
-    }
 }
+
+class OkaValueToGroupValueWithoutBranch : public ::testing::TestWithParam<UnsupportedMain>
+{
+};
+
+TEST_P(OkaValueToGroupValueWithoutBranch, IsRefusedNamingTheValueType)
+{
+    const UnsupportedMain& c = GetParam();
+    TavTest::LogCapture capture;
+    EXPECT_FALSE(Okaro::OkaValueToGroupValue(c.value, Packed(c.main, 1)).has_value());
+    EXPECT_THAT(capture.Lines(), ElementsAre(Error("OkaValueToGroupValue - " + c.message)));
+}
+
+INSTANTIATE_TEST_SUITE_P(MainNumbersWithATypeButNoBranch, OkaValueToGroupValueWithoutBranch,
+                         ::testing::ValuesIn(MainsWithATypeButNoBranch()),
+                         [](const ::testing::TestParamInfo<UnsupportedMain>& info) {
+                             return "Main" + std::to_string(info.param.main);
+                         });
 
 TEST(OkaValueToGroupValueUnsupported, NoMainNumberAndMainAboveBranchTable)
 {

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <ostream>
 #include <string>
 
 namespace
@@ -92,26 +93,45 @@ TEST(OkaTime, SetDateComputesTheWeekdayAndKeepsTheTime)
     EXPECT_EQ(time.kind, 1);
 }
 
-TEST(OkaTime, WeekdaysAcrossCenturies)
+struct WeekdayCase
 {
-    struct Case
-    {
-        std::uint16_t year;
-        std::uint8_t month, day;
-        std::uint16_t weekday;
-    };
-    const Case cases[] = {
-        {1900, 1, 1, 1},  {1970, 1, 1, 4},  {1990, 1, 1, 1},  {2000, 1, 1, 6},  {2000, 2, 29, 2},
-        {2000, 3, 1, 3},  {2024, 2, 29, 4}, {2038, 1, 19, 2}, {1582, 10, 15, 5}, {0, 1, 1, 6},
-        {0, 3, 1, 3},     {1, 1, 1, 1},     {9999, 12, 31, 5}, {1899, 12, 31, 0},
-    };
-    for (const Case& c : cases)
-    {
-        OKATIME time = Cleared();
-        time.SetDate(c.year, c.month, c.day, false);
-        EXPECT_EQ(time.weekday, c.weekday) << c.year << "-" << int{c.month} << "-" << int{c.day};
-    }
+    std::uint16_t year;
+    std::uint8_t month, day;
+    std::uint16_t weekday;
+};
+
+void PrintTo(const WeekdayCase& c, std::ostream* out)
+{
+    *out << c.year << "-" << int{c.month} << "-" << int{c.day} << " weekday " << c.weekday;
 }
+
+std::string WeekdayCaseName(const ::testing::TestParamInfo<WeekdayCase>& info)
+{
+    const WeekdayCase& c = info.param;
+    return "Year" + std::to_string(c.year) + "_" + std::to_string(c.month) + "_" + std::to_string(c.day);
+}
+
+class OkaTimeWeekday : public ::testing::TestWithParam<WeekdayCase>
+{
+};
+
+TEST_P(OkaTimeWeekday, IsComputedFromTheDate)
+{
+    const WeekdayCase& c = GetParam();
+    OKATIME time = Cleared();
+    time.SetDate(c.year, c.month, c.day, false);
+    EXPECT_EQ(time.weekday, c.weekday) << c.year << "-" << int{c.month} << "-" << int{c.day};
+}
+
+INSTANTIATE_TEST_SUITE_P(AcrossCenturies, OkaTimeWeekday,
+                         ::testing::Values(WeekdayCase{1900, 1, 1, 1}, WeekdayCase{1970, 1, 1, 4},
+                                           WeekdayCase{1990, 1, 1, 1}, WeekdayCase{2000, 1, 1, 6},
+                                           WeekdayCase{2000, 2, 29, 2}, WeekdayCase{2000, 3, 1, 3},
+                                           WeekdayCase{2024, 2, 29, 4}, WeekdayCase{2038, 1, 19, 2},
+                                           WeekdayCase{1582, 10, 15, 5}, WeekdayCase{0, 1, 1, 6},
+                                           WeekdayCase{0, 3, 1, 3}, WeekdayCase{1, 1, 1, 1},
+                                           WeekdayCase{9999, 12, 31, 5}, WeekdayCase{1899, 12, 31, 0}),
+                         WeekdayCaseName);
 
 TEST(OkaTime, SetDateWithoutACalendarMonthHasNoWeekday)
 {

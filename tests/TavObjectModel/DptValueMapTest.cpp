@@ -101,7 +101,8 @@ TEST(DptValueEntry, AssignmentReplacesTheConverterWithAClone)
         EXPECT_NE(target.GetConverter(), source.GetConverter());
         EXPECT_EQ(target.GetValueType(), ivtByte);
         EXPECT_EQ(target.GetDpt().main, 5);
-        target = target;
+        const DptValueEntry& itself = target;  // self-assignment, through a reference
+        target = itself;
         EXPECT_EQ(TagOf(target), 5);
         EXPECT_EQ(TaggedConverter::live, before + 2);
     }
@@ -276,7 +277,8 @@ TEST(DptValueMapNoEntryRecord, HasEmptyTypeAndTheDefaultConverter)
     EXPECT_EQ(record.GetValueType(), ivtEmpty);
     EXPECT_EQ(record.GetValueSubType(), OkaDP::istGeneric);
     ASSERT_NE(record.GetConverter(), nullptr);
-    EXPECT_EQ(typeid(*record.GetConverter()), typeid(KnxConverterDefault));
+    const KnxConverter& converter = *record.GetConverter();
+    EXPECT_EQ(typeid(converter), typeid(KnxConverterDefault));
 }
 
 TEST(DptValueMapNoEntryRecord, IsOneRecordSharedByAllMapsAndThreads)

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstring>
 #include <map>
+#include <ostream>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -298,39 +299,54 @@ TEST(KnxValueConverterTable, HoldsFiftyThreeEntriesUnderTwentySevenMainNumbers)
     EXPECT_THAT(mainNumbers, ElementsAreArray(std::vector<std::uint16_t>{
                                  1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 23, 26,
                                  27, 232, 236, 238}));
+    // The rows the parameterised test below checks, one per entry.
+    ASSERT_EQ(kExpectedRows.size(), 53u);
 }
 
-TEST(KnxValueConverterTable, EveryRowHasItsSizeTypesConverterAndRange)
+namespace
 {
-    ASSERT_EQ(kExpectedRows.size(), 53u);
+void PrintTo(const ExpectedRow& row, std::ostream* out) { *out << DptName(row.mainNumber, row.subNumber); }
+
+// One row of the standard table.
+class KnxValueConverterTableRow : public ::testing::TestWithParam<ExpectedRow>
+{
+};
+} // namespace
+
+TEST_P(KnxValueConverterTableRow, HasItsSizeTypesConverterAndRange)
+{
+    const ExpectedRow& row = GetParam();
     const KnxValueConverter converter;
     const DptValueMap& map = converter.GetDptValueMap();
-    for (const ExpectedRow& row : kExpectedRows)
+    ASSERT_EQ(map.GetEntries().count(row.mainNumber), 1u);
+    ASSERT_EQ(map.GetEntries().at(row.mainNumber).count(row.subNumber), 1u);
+    const DptValueEntry& entry = map.GetEntries().at(row.mainNumber).at(row.subNumber);
+    EXPECT_EQ(entry.GetDpt().size, row.bits);
+    EXPECT_EQ(entry.GetDpt().main, row.mainNumber);
+    EXPECT_EQ(entry.GetDpt().sub, row.subNumber);
+    EXPECT_EQ(entry.GetValueType(), row.valueType);
+    EXPECT_EQ(entry.GetValueSubType(), row.subType);
+    ASSERT_NE(entry.GetConverter(), nullptr);
+    const KnxConverter& actual = *entry.GetConverter();
+    EXPECT_EQ(std::type_index(typeid(actual)), row.converter);
+    const RangeInfo range = RangeOf(entry.GetConverter());
+    EXPECT_EQ(range.present, row.printedRange[0] != '\0');
+    if (range.present)
     {
-        SCOPED_TRACE(DptName(row.mainNumber, row.subNumber));
-        ASSERT_EQ(map.GetEntries().count(row.mainNumber), 1u);
-        ASSERT_EQ(map.GetEntries().at(row.mainNumber).count(row.subNumber), 1u);
-        const DptValueEntry& entry = map.GetEntries().at(row.mainNumber).at(row.subNumber);
-        EXPECT_EQ(entry.GetDpt().size, row.bits);
-        EXPECT_EQ(entry.GetDpt().main, row.mainNumber);
-        EXPECT_EQ(entry.GetDpt().sub, row.subNumber);
-        EXPECT_EQ(entry.GetValueType(), row.valueType);
-        EXPECT_EQ(entry.GetValueSubType(), row.subType);
-        ASSERT_NE(entry.GetConverter(), nullptr);
-        EXPECT_EQ(std::type_index(typeid(*entry.GetConverter())), row.converter);
-        const RangeInfo range = RangeOf(entry.GetConverter());
-        EXPECT_EQ(range.present, row.printedRange[0] != '\0');
-        if (range.present)
+        EXPECT_EQ(range.printed, row.printedRange);
+        for (std::size_t i = 0; i < 4; ++i)
         {
-            EXPECT_EQ(range.printed, row.printedRange);
-            for (std::size_t i = 0; i < 4; ++i)
-            {
-                EXPECT_EQ(range.bounds[i], row.bounds[i]) << "bound " << i;
-            }
-            EXPECT_DOUBLE_EQ(range.scale, row.scale);
+            EXPECT_EQ(range.bounds[i], row.bounds[i]) << "bound " << i;
         }
+        EXPECT_DOUBLE_EQ(range.scale, row.scale);
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(StandardTable, KnxValueConverterTableRow, ::testing::ValuesIn(kExpectedRows),
+                         [](const ::testing::TestParamInfo<ExpectedRow>& info) {
+                             return "Dpt" + std::to_string(info.param.mainNumber) + "_" +
+                                    std::to_string(info.param.subNumber);
+                         });
 
 TEST(KnxValueConverterTable, ConvertersAreNotSharedBetweenEntriesOrObjects)
 {

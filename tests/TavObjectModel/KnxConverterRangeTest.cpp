@@ -445,7 +445,8 @@ void ExpectCloneKeepsClassAndRange(const Converter& original)
     const std::unique_ptr<KnxConverter> copy(base.Clone());
     ASSERT_NE(copy, nullptr);
     EXPECT_NE(copy.get(), &base);
-    EXPECT_EQ(typeid(*copy), typeid(Converter));
+    const KnxConverter& cloned = *copy;
+    EXPECT_EQ(typeid(cloned), typeid(Converter));
     if constexpr (HasRange<Converter>::value)
     {
         EXPECT_EQ(dynamic_cast<const Converter&>(*copy).GetRange(), original.GetRange());

@@ -398,7 +398,8 @@ TEST(KnxValueConverterTable, AddedEntryOwnsACloneAndTheFirstRegistrationWins)
     EXPECT_EQ(entry.GetConverter(), stored);
     EXPECT_EQ(entry.GetDpt().size, 8);
     EXPECT_EQ(entry.GetValueType(), ivtByte);
-    EXPECT_EQ(typeid(*converter.GetEntry(KNXDPT{16, 9, 1}).GetConverter()), typeid(KnxConverterFloat16BitFloat));
+    const KnxConverter& floatConverter = *converter.GetEntry(KNXDPT{16, 9, 1}).GetConverter();
+    EXPECT_EQ(typeid(floatConverter), typeid(KnxConverterFloat16BitFloat));
     EXPECT_EQ(converter.GetDptValueMap().GetEntryCount(), 54u);
 }
 
@@ -427,7 +428,8 @@ TEST(KnxValueConverterLookup, UnknownMainNumberLogsAndGivesTheEmptyRecord)
     LogCapture capture;
     const DptValueEntry& entry = converter.GetEntry(KNXDPT{16, 22, 1});
     EXPECT_EQ(entry.GetValueType(), ivtEmpty);
-    EXPECT_EQ(typeid(*entry.GetConverter()), typeid(KnxConverterDefault));
+    const KnxConverter& defaultConverter = *entry.GetConverter();
+    EXPECT_EQ(typeid(defaultConverter), typeid(KnxConverterDefault));
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 22.1")));
 }
 

@@ -2,6 +2,7 @@
 
 #include "support/LogCapture.h"
 #include "support/MockDeviceStackClient.h"
+#include "support/Values.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,13 +20,6 @@ using ::testing::StrictMock;
 
 namespace
 {
-OKAVALUE MakeReal(OkaValueType type, double real)
-{
-    OKAVALUE value(type);
-    value.numeric.real = real;
-    return value;
-}
-
 std::string Serialized(const OKAVALUE& value, bool internal)
 {
     oka_string text;
@@ -46,7 +40,7 @@ TEST_F(RemoteRequestMessengerDeviceStack, NanFloatIsWrittenAsNanInDefaultFormat)
 {
     TavTest::LogCapture capture;
     EXPECT_CALL(client, SetValueAsync(7ul, "nan", true, 0)).WillOnce(Return("r1"));
-    EXPECT_EQ("r1", messenger.SetValueAsync(7, MakeReal(ivtFloat, kNan), true));
+    EXPECT_EQ("r1", messenger.SetValueAsync(7, TavTest::FloatValue(kNan, ivtFloat), true));
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
@@ -59,7 +53,7 @@ TEST_F(RemoteRequestMessengerDeviceStack, NanFloatIsWrittenWithFloatTagInInterna
         EXPECT_CALL(client, SetValueAsync(8ul, "3.7:nan", false, 0)).WillOnce(Return("r2"));
     }
     messenger.EnableInternalValueFormat();
-    EXPECT_EQ("r2", messenger.SetValueAsync(8, MakeReal(ivtFloat, kNan), false));
+    EXPECT_EQ("r2", messenger.SetValueAsync(8, TavTest::FloatValue(kNan, ivtFloat), false));
     EXPECT_THAT(capture.Lines(),
                 ElementsAre(TavTest::Trace("EnableInternalValueFormat - Internal value format now enabled.")));
     EXPECT_EQ("RequestMessengerDeviceStack.cpp", capture.Lines().at(0).file);
@@ -67,7 +61,7 @@ TEST_F(RemoteRequestMessengerDeviceStack, NanFloatIsWrittenWithFloatTagInInterna
 
 TEST_F(RemoteRequestMessengerDeviceStack, NanInAnotherTypeGoesThroughTheSerializer)
 {
-    const OKAVALUE floatFamilyNan = MakeReal(static_cast<OkaValueType>(1005), kNan);
+    const OKAVALUE floatFamilyNan = TavTest::FloatValue(kNan, static_cast<OkaValueType>(1005));
     EXPECT_CALL(client, SetValueAsync(1ul, Serialized(floatFamilyNan, false), false, 0)).WillOnce(Return("a"));
     EXPECT_CALL(client, SetInternalValueFormat(true)).WillOnce(Return(true));
     EXPECT_CALL(client, SetValueAsync(2ul, Serialized(floatFamilyNan, true), false, 0)).WillOnce(Return("b"));
@@ -81,7 +75,7 @@ TEST_F(RemoteRequestMessengerDeviceStack, NanInAnotherTypeGoesThroughTheSerializ
 
 TEST_F(RemoteRequestMessengerDeviceStack, OrdinaryValuesAreSerializedInTheCurrentFormat)
 {
-    const OKAVALUE real = MakeReal(ivtFloat, 21.5);
+    const OKAVALUE real = TavTest::FloatValue(21.5, ivtFloat);
     ASSERT_NE(Serialized(real, false), Serialized(real, true));
     {
         InSequence order;
@@ -108,7 +102,7 @@ TEST_F(RemoteRequestMessengerDeviceStack, NativeFormatAfterInternalFormatKeepsTh
     }
     messenger.EnableInternalValueFormat();
     EXPECT_FALSE(messenger.EnableNativeFormat());
-    EXPECT_EQ("9", messenger.SetValueAsync(4, MakeReal(ivtFloat, kNan), false));
+    EXPECT_EQ("9", messenger.SetValueAsync(4, TavTest::FloatValue(kNan, ivtFloat), false));
 }
 
 TEST_F(RemoteRequestMessengerDeviceStack, NativeFormatPassesTheClientResultThrough)
@@ -131,7 +125,7 @@ TEST_F(RemoteRequestMessengerDeviceStack, DefaultFormatSwitchesBackWithoutLoggin
     TavTest::LogCapture capture;
     messenger.EnableDefaultValueFormat();
     EXPECT_THAT(capture.Lines(), IsEmpty());
-    EXPECT_EQ("x", messenger.SetValueAsync(5, MakeReal(ivtFloat, kNan), true));
+    EXPECT_EQ("x", messenger.SetValueAsync(5, TavTest::FloatValue(kNan, ivtFloat), true));
 }
 
 class NullHandler : public Lumo::IDeviceStackClient::IResponseHandler

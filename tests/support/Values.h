@@ -57,9 +57,10 @@ inline OKAVALUE IntegerValue(std::int32_t integer, OkaValueType type = ivtIntege
     return value;
 }
 
-inline OKAVALUE FloatValue(double real, OkaValueType type = ivtFloat)
+inline OKAVALUE FloatValue(double real, OkaValueType type = ivtFloat,
+                           OkaDP::OkaValueSubType subType = OkaDP::istGeneric)
 {
-    OKAVALUE value(type);
+    OKAVALUE value(type, subType);
     value.numeric.real = real;
     return value;
 }
@@ -121,9 +122,9 @@ inline OKAVALUE DateValue(std::uint16_t year, std::uint8_t month, std::uint8_t d
 }
 
 inline OKAVALUE DateTimeValue(std::uint16_t year, std::uint8_t month, std::uint8_t day, std::uint8_t hour,
-                              std::uint8_t minute, std::uint8_t second)
+                              std::uint8_t minute, std::uint8_t second, OkaValueType type = ivtDateTime)
 {
-    OKAVALUE value(ivtDateTime);
+    OKAVALUE value(type);
     value.numeric.time.Clear(true);
     value.numeric.time.SetDateTime(year, month, day, hour, minute, second, true);
     return value;

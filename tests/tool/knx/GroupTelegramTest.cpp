@@ -1,6 +1,6 @@
 #include "knx/GroupTelegram.h"
 
-#include "support/GroupValueBytes.h"
+#include "support/GroupValues.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

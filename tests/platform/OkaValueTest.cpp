@@ -8,6 +8,8 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <ostream>
+#include <string>
 
 namespace
 {
@@ -179,22 +181,48 @@ TEST(OkaValue, DefaultDayTime)
     EXPECT_EQ(value.ToString(), "DayTime 2000-01-01T00:00:00.00;w=7;k=1;l=0;d=0");
 }
 
-TEST(OkaValueNames, EveryTypeName)
+namespace
 {
-    const std::pair<int, const char*> names[] = {
-        {0, "Invalid"},       {1, "Empty"},          {2, "Bool"},         {3, "Float"},       {4, "Integer"},
-        {5, "Char"},          {6, "Byte"},           {7, "Word"},         {8, "DWord"},       {9, "Data40"},
-        {10, "String"},       {11, "Date"},          {12, "Time"},        {13, "DateTime"},   {14, "ScaledInteger"},
-        {15, "DayTime"},      {20, "Enumeration"},   {102, "TimeStamp"},  {104, "TimeSpan"},  {105, "DateSpan"},
-        {201, "DateTimeStamp"}, {1005, "Percent"},   {1021, "Counter8"},  {1036, "Percent8"}, {1037, "DimmingStep"},
-        {1039, "Temperature"},
-    };
-    for (const auto& entry : names)
-    {
-        EXPECT_STREQ(OKAVALUE::GetNameFromValueType(static_cast<OkaValueType>(entry.first)), entry.second)
-            << entry.first;
-    }
+// A value type or sub-type number and the name it has.
+struct NumberedName
+{
+    int number;
+    const char* name;
+};
+
+void PrintTo(const NumberedName& entry, std::ostream* out) { *out << entry.number << " " << entry.name; }
+
+std::string NameOf(const ::testing::TestParamInfo<NumberedName>& info) { return info.param.name; }
+
+class OkaValueTypeName : public ::testing::TestWithParam<NumberedName>
+{
+};
+
+class OkaValueSubTypeName : public ::testing::TestWithParam<NumberedName>
+{
+};
+} // namespace
+
+TEST_P(OkaValueTypeName, IsGivenForItsNumber)
+{
+    const NumberedName& entry = GetParam();
+    EXPECT_STREQ(OKAVALUE::GetNameFromValueType(static_cast<OkaValueType>(entry.number)), entry.name)
+        << entry.number;
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryType, OkaValueTypeName,
+    ::testing::Values(NumberedName{0, "Invalid"}, NumberedName{1, "Empty"}, NumberedName{2, "Bool"},
+                      NumberedName{3, "Float"}, NumberedName{4, "Integer"}, NumberedName{5, "Char"},
+                      NumberedName{6, "Byte"}, NumberedName{7, "Word"}, NumberedName{8, "DWord"},
+                      NumberedName{9, "Data40"}, NumberedName{10, "String"}, NumberedName{11, "Date"},
+                      NumberedName{12, "Time"}, NumberedName{13, "DateTime"}, NumberedName{14, "ScaledInteger"},
+                      NumberedName{15, "DayTime"}, NumberedName{20, "Enumeration"}, NumberedName{102, "TimeStamp"},
+                      NumberedName{104, "TimeSpan"}, NumberedName{105, "DateSpan"},
+                      NumberedName{201, "DateTimeStamp"}, NumberedName{1005, "Percent"},
+                      NumberedName{1021, "Counter8"}, NumberedName{1036, "Percent8"},
+                      NumberedName{1037, "DimmingStep"}, NumberedName{1039, "Temperature"}),
+    NameOf);
 
 TEST(OkaValueNames, UnknownTypeIsNamedEmpty)
 {
@@ -204,19 +232,21 @@ TEST(OkaValueNames, UnknownTypeIsNamedEmpty)
     }
 }
 
-TEST(OkaValueNames, EverySubTypeName)
+TEST_P(OkaValueSubTypeName, IsGivenForItsNumber)
 {
-    const std::pair<int, const char*> names[] = {
-        {0, "Generic"},         {2, "Default"},         {9, "SignedRelative"},    {12, "SignedCount"},
-        {2001, "Switch"},       {3001, "StatusWithMode"}, {3002, "StepControl"}, {3003, "PhysicalQuantity"},
-        {4001, "SceneNumber"},  {8001, "AsciiText"},    {8002, "Latin1Text"},
-    };
-    for (const auto& entry : names)
-    {
-        EXPECT_STREQ(OkaDP::GetNameFromValueSubType(static_cast<OkaDP::OkaValueSubType>(entry.first)), entry.second)
-            << entry.first;
-    }
+    const NumberedName& entry = GetParam();
+    EXPECT_STREQ(OkaDP::GetNameFromValueSubType(static_cast<OkaDP::OkaValueSubType>(entry.number)), entry.name)
+        << entry.number;
 }
+
+INSTANTIATE_TEST_SUITE_P(
+    EverySubType, OkaValueSubTypeName,
+    ::testing::Values(NumberedName{0, "Generic"}, NumberedName{2, "Default"}, NumberedName{9, "SignedRelative"},
+                      NumberedName{12, "SignedCount"}, NumberedName{2001, "Switch"},
+                      NumberedName{3001, "StatusWithMode"}, NumberedName{3002, "StepControl"},
+                      NumberedName{3003, "PhysicalQuantity"}, NumberedName{4001, "SceneNumber"},
+                      NumberedName{8001, "AsciiText"}, NumberedName{8002, "Latin1Text"}),
+    NameOf);
 
 TEST(OkaValueNames, UnknownSubTypeIsNamedUnknown)
 {

@@ -1,46 +1,16 @@
+#include "support/ScopedTimeZone.h"
+
 #include <platform/OkaTime.h>
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
 #include <ctime>
+#include <ostream>
 #include <string>
 
 namespace
 {
-// Sets TZ for the test and restores the previous zone afterwards.
-class ZoneGuard
-{
-public:
-    explicit ZoneGuard(const char* zone)
-    {
-        const char* previous = std::getenv("TZ");
-        hadPrevious_ = previous != nullptr;
-        if (hadPrevious_)
-        {
-            previous_ = previous;
-        }
-        setenv("TZ", zone, 1);
-        tzset();
-    }
-    ~ZoneGuard()
-    {
-        if (hadPrevious_)
-        {
-            setenv("TZ", previous_.c_str(), 1);
-        }
-        else
-        {
-            unsetenv("TZ");
-        }
-        tzset();
-    }
-
-private:
-    bool hadPrevious_ = false;
-    std::string previous_;
-};
-
 OKATIME Cleared()
 {
     OKATIME time;
@@ -123,26 +93,45 @@ TEST(OkaTime, SetDateComputesTheWeekdayAndKeepsTheTime)
     EXPECT_EQ(time.kind, 1);
 }
 
-TEST(OkaTime, WeekdaysAcrossCenturies)
+struct WeekdayCase
 {
-    struct Case
-    {
-        std::uint16_t year;
-        std::uint8_t month, day;
-        std::uint16_t weekday;
-    };
-    const Case cases[] = {
-        {1900, 1, 1, 1},  {1970, 1, 1, 4},  {1990, 1, 1, 1},  {2000, 1, 1, 6},  {2000, 2, 29, 2},
-        {2000, 3, 1, 3},  {2024, 2, 29, 4}, {2038, 1, 19, 2}, {1582, 10, 15, 5}, {0, 1, 1, 6},
-        {0, 3, 1, 3},     {1, 1, 1, 1},     {9999, 12, 31, 5}, {1899, 12, 31, 0},
-    };
-    for (const Case& c : cases)
-    {
-        OKATIME time = Cleared();
-        time.SetDate(c.year, c.month, c.day, false);
-        EXPECT_EQ(time.weekday, c.weekday) << c.year << "-" << int{c.month} << "-" << int{c.day};
-    }
+    std::uint16_t year;
+    std::uint8_t month, day;
+    std::uint16_t weekday;
+};
+
+void PrintTo(const WeekdayCase& c, std::ostream* out)
+{
+    *out << c.year << "-" << int{c.month} << "-" << int{c.day} << " weekday " << c.weekday;
 }
+
+std::string WeekdayCaseName(const ::testing::TestParamInfo<WeekdayCase>& info)
+{
+    const WeekdayCase& c = info.param;
+    return "Year" + std::to_string(c.year) + "_" + std::to_string(c.month) + "_" + std::to_string(c.day);
+}
+
+class OkaTimeWeekday : public ::testing::TestWithParam<WeekdayCase>
+{
+};
+
+TEST_P(OkaTimeWeekday, IsComputedFromTheDate)
+{
+    const WeekdayCase& c = GetParam();
+    OKATIME time = Cleared();
+    time.SetDate(c.year, c.month, c.day, false);
+    EXPECT_EQ(time.weekday, c.weekday) << c.year << "-" << int{c.month} << "-" << int{c.day};
+}
+
+INSTANTIATE_TEST_SUITE_P(AcrossCenturies, OkaTimeWeekday,
+                         ::testing::Values(WeekdayCase{1900, 1, 1, 1}, WeekdayCase{1970, 1, 1, 4},
+                                           WeekdayCase{1990, 1, 1, 1}, WeekdayCase{2000, 1, 1, 6},
+                                           WeekdayCase{2000, 2, 29, 2}, WeekdayCase{2000, 3, 1, 3},
+                                           WeekdayCase{2024, 2, 29, 4}, WeekdayCase{2038, 1, 19, 2},
+                                           WeekdayCase{1582, 10, 15, 5}, WeekdayCase{0, 1, 1, 6},
+                                           WeekdayCase{0, 3, 1, 3}, WeekdayCase{1, 1, 1, 1},
+                                           WeekdayCase{9999, 12, 31, 5}, WeekdayCase{1899, 12, 31, 0}),
+                         WeekdayCaseName);
 
 TEST(OkaTime, SetDateWithoutACalendarMonthHasNoWeekday)
 {
@@ -192,7 +181,7 @@ TEST(OkaTime, ConversionToTmComputesWeekdayAndDayOfYear)
 
 TEST(OkaTime, AssignTimeTBreaksDownInLocalTime)
 {
-    ZoneGuard zone("UTC");
+    const TavTest::ScopedTimeZone zone("UTC");
     OKATIME time = Cleared();
     time.hundredths = 55;
     time.kind = 1;
@@ -213,7 +202,7 @@ TEST(OkaTime, AssignTimeTBreaksDownInLocalTime)
 
 TEST(OkaTime, AssignTimeTNotesDaylightSaving)
 {
-    ZoneGuard zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    const TavTest::ScopedTimeZone zone(TavTest::kCentralEuropeanZone);
     OKATIME time = Cleared();
     time = std::time_t{1714563045}; // 13:30:45 summer time
     EXPECT_EQ(time.hour, 13);
@@ -226,7 +215,7 @@ TEST(OkaTime, AssignTimeTNotesDaylightSaving)
 
 TEST(OkaTime, AssignTimeTIsTheInverseOfMktime)
 {
-    ZoneGuard zone("CET-1CEST,M3.5.0,M10.5.0/3");
+    const TavTest::ScopedTimeZone zone(TavTest::kCentralEuropeanZone);
     OKATIME time = Cleared();
     time.SetDateTime(2024, 7, 14, 22, 5, 0, true);
     std::tm fields = time;

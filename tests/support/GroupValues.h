@@ -1,5 +1,6 @@
 #pragma once
-// Builds group values from bytes and reads their bytes back, for tests of the converters.
+// Builds group values from bytes and reads their bytes back.
+#include <platform/BinaryData.h>
 #include <platform/GroupValue.h>
 
 #include <cstdint>
@@ -9,9 +10,15 @@ namespace TavTest
 {
 using Bytes = std::vector<std::uint8_t>;
 
+inline KnxStack::BinaryData MakeBinaryData(const Bytes& bytes)
+{
+    return KnxStack::BinaryData(bytes.data(), static_cast<unsigned int>(bytes.size()));
+}
+
+// `bits` is the defined size of the group value, which may be less than the bytes hold.
 inline KnxStack::GroupValue MakeGroupValue(const Bytes& bytes, unsigned int bits)
 {
-    return KnxStack::GroupValue(KnxStack::BinaryData(bytes.data(), static_cast<unsigned int>(bytes.size())), bits);
+    return KnxStack::GroupValue(MakeBinaryData(bytes), bits);
 }
 
 inline Bytes BytesOf(const KnxStack::GroupValue& groupValue)

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -23,7 +24,7 @@ using ::testing::IsEmpty;
 using TavTest::BytesOf;
 using TavTest::Error;
 using TavTest::Packed;
-using Bytes = std::vector<std::uint8_t>;
+using TavTest::Bytes;
 
 // Encodes and expects a present group value with these bytes and this bit size, and no log line.
 void ExpectEncodes(const OKAVALUE& value, unsigned long dpt, const Bytes& bytes, unsigned int bits)
@@ -98,34 +99,48 @@ TEST(OkaValueToGroupValueUnsupported, CharacterDptWithMatchingTypeIsNotEncoded)
                                                    "(dwDPT=262145 with value='1 -> Empty').")));
 }
 
-TEST(OkaValueToGroupValueUnsupported, MainNumbersWithATypeButNoBranch)
+struct UnsupportedMain
 {
-    struct Case
-    {
-        std::uint16_t main;
-        OKAVALUE value;
-        std::string message;
-    };
-    const Case cases[] = {
+    std::uint16_t main;
+    OKAVALUE value;
+    std::string message;
+};
+
+void PrintTo(const UnsupportedMain& c, std::ostream* out) { *out << c.main << " with " << c.value.ToString(); }
+
+std::vector<UnsupportedMain> MainsWithATypeButNoBranch()
+{
+    return {
         {25, TavTest::ByteValue(1), "Value type 25 not supported (dwDPT=1638401 with value='6 -> Byte 1')."},
         {30, TavTest::DWordValue(2), "Value type 30 not supported (dwDPT=1966081 with value='8 -> DWord 2')."},
-        {200, TavTest::WordValue(3), "Value type 200 not supported (dwDPT=13107201 with value='7 -> Word 3')."},
-        {201, TavTest::WordValue(3), "Value type 201 not supported (dwDPT=13172737 with value='7 -> Word 3')."},
-        {202, TavTest::WordValue(3), "Value type 202 not supported (dwDPT=13238273 with value='7 -> Word 3')."},
+        {200, TavTest::WideWordValue(3), "Value type 200 not supported (dwDPT=13107201 with value='7 -> Word 3')."},
+        {201, TavTest::WideWordValue(3), "Value type 201 not supported (dwDPT=13172737 with value='7 -> Word 3')."},
+        {202, TavTest::WideWordValue(3), "Value type 202 not supported (dwDPT=13238273 with value='7 -> Word 3')."},
         {24, TavTest::StringValue("x"),
          "Value type 24 not supported (dwDPT=1572865 with value='10 -> String \"x\"')."},
         {28, TavTest::StringValue("x"),
          "Value type 28 not supported (dwDPT=1835009 with value='10 -> String \"x\"')."},
         {29, OKAVALUE(), "Value type 29 not supported (dwDPT=1900545 with value='1 -> Empty')."},
     };
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.main);
-        TavTest::LogCapture capture;
-        EXPECT_FALSE(Okaro::OkaValueToGroupValue(c.value, Packed(c.main, 1)).has_value());
-        EXPECT_THAT(capture.Lines(), ElementsAre(Error("OkaValueToGroupValue - " + c.message)));
-    }
 }
+
+class OkaValueToGroupValueWithoutBranch : public ::testing::TestWithParam<UnsupportedMain>
+{
+};
+
+TEST_P(OkaValueToGroupValueWithoutBranch, IsRefusedNamingTheValueType)
+{
+    const UnsupportedMain& c = GetParam();
+    TavTest::LogCapture capture;
+    EXPECT_FALSE(Okaro::OkaValueToGroupValue(c.value, Packed(c.main, 1)).has_value());
+    EXPECT_THAT(capture.Lines(), ElementsAre(Error("OkaValueToGroupValue - " + c.message)));
+}
+
+INSTANTIATE_TEST_SUITE_P(MainNumbersWithATypeButNoBranch, OkaValueToGroupValueWithoutBranch,
+                         ::testing::ValuesIn(MainsWithATypeButNoBranch()),
+                         [](const ::testing::TestParamInfo<UnsupportedMain>& info) {
+                             return "Main" + std::to_string(info.param.main);
+                         });
 
 TEST(OkaValueToGroupValueUnsupported, NoMainNumberAndMainAboveBranchTable)
 {
@@ -215,15 +230,15 @@ TEST(OkaValueToGroupValueBranches, UnsignedSixteenBitMains)
     for (const std::uint16_t main : {7, 22, 217, 234, 237})
     {
         SCOPED_TRACE(main);
-        ExpectEncodes(TavTest::WordValue(0x1234), Packed(main, 1), {0x12, 0x34}, 16);
-        ExpectEncodes(TavTest::WordValue(65535), Packed(main, 1), {0xFF, 0xFF}, 16);
+        ExpectEncodes(TavTest::WideWordValue(0x1234), Packed(main, 1), {0x12, 0x34}, 16);
+        ExpectEncodes(TavTest::WideWordValue(65535), Packed(main, 1), {0xFF, 0xFF}, 16);
     }
 }
 
 TEST(OkaValueToGroupValueBranches, UnsignedSixteenBitAboveRangeIsReportedAndSentClamped)
 {
     TavTest::LogCapture capture;
-    const auto encoded = Okaro::OkaValueToGroupValue(TavTest::WordValue(70000), Packed(7, 1));
+    const auto encoded = Okaro::OkaValueToGroupValue(TavTest::WideWordValue(70000), Packed(7, 1));
     ASSERT_TRUE(encoded.has_value());
     EXPECT_EQ(BytesOf(*encoded), (Bytes{0xFF, 0xFF}));
     EXPECT_EQ(encoded->GetAsUnsigned16(), 65535);
@@ -233,7 +248,7 @@ TEST(OkaValueToGroupValueBranches, UnsignedSixteenBitAboveRangeIsReportedAndSent
 TEST(OkaValueToGroupValueBranches, UnsignedSixteenBitMessageNamesTheMainNumber)
 {
     TavTest::LogCapture capture;
-    const auto encoded = Okaro::OkaValueToGroupValue(TavTest::WordValue(65536), Packed(234, 1));
+    const auto encoded = Okaro::OkaValueToGroupValue(TavTest::WideWordValue(65536), Packed(234, 1));
     ASSERT_TRUE(encoded.has_value());
     EXPECT_EQ(BytesOf(*encoded), (Bytes{0xFF, 0xFF}));
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("OkaValueToGroupValue - Value out of range: 65536 (DPT 234)")));

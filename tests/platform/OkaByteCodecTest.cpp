@@ -1,4 +1,5 @@
 #include "support/LogCapture.h"
+#include "support/Values.h"
 
 #include <platform/OkaValue.h>
 
@@ -11,6 +12,7 @@
 
 using ::testing::ElementsAre;
 using Bytes = std::vector<unsigned char>;
+using TavTest::FloatValue;
 
 namespace
 {
@@ -35,13 +37,6 @@ Bytes Encoded(const OKAVALUE& value, unsigned int room = 16)
     Bytes out;
     EXPECT_TRUE(Encode(value, room, out)) << value.ToString();
     return out;
-}
-
-OKAVALUE Real(double real, int type = ivtFloat)
-{
-    OKAVALUE value(static_cast<OkaValueType>(type));
-    value.numeric.real = real;
-    return value;
 }
 } // namespace
 
@@ -97,28 +92,29 @@ TEST(OkaByteCodec, TooLittleRoomFailsAndKeepsTheLength)
     value.Reset(ivtString);
     value.text.assign("abcd");
     EXPECT_FALSE(Encode(value, 3, out));
-    EXPECT_FALSE(Encode(Real(1.0), 0, out));
+    EXPECT_FALSE(Encode(FloatValue(1.0), 0, out));
 }
 
 TEST(OkaByteCodec, FloatIsASingleWithFourBytesOfRoom)
 {
-    EXPECT_THAT(Encoded(Real(1.0)), ElementsAre(0x3F, 0x80, 0x00, 0x00));
-    EXPECT_THAT(Encoded(Real(-2.5, 1039), 4), ElementsAre(0xC0, 0x20, 0x00, 0x00));
-    EXPECT_THAT(Encoded(Real(std::numeric_limits<double>::infinity(), 1005)), ElementsAre(0x7F, 0x80, 0x00, 0x00));
+    EXPECT_THAT(Encoded(FloatValue(1.0)), ElementsAre(0x3F, 0x80, 0x00, 0x00));
+    EXPECT_THAT(Encoded(FloatValue(-2.5, static_cast<OkaValueType>(1039)), 4), ElementsAre(0xC0, 0x20, 0x00, 0x00));
+    EXPECT_THAT(Encoded(FloatValue(std::numeric_limits<double>::infinity(), static_cast<OkaValueType>(1005))),
+                ElementsAre(0x7F, 0x80, 0x00, 0x00));
 }
 
 TEST(OkaByteCodec, FloatWithLessRoomIsRoundedAndClampedUnsigned)
 {
-    EXPECT_THAT(Encoded(Real(127.5, 1036), 1), ElementsAre(128));
-    EXPECT_THAT(Encoded(Real(127.4, 1036), 1), ElementsAre(127));
-    EXPECT_THAT(Encoded(Real(300.0, 1036), 1), ElementsAre(255));
-    EXPECT_THAT(Encoded(Real(-5.0, 1037), 1), ElementsAre(0));
-    EXPECT_THAT(Encoded(Real(std::nan(""), 1037), 1), ElementsAre(0));
-    EXPECT_THAT(Encoded(Real(4660.4), 2), ElementsAre(0x12, 0x34));
-    EXPECT_THAT(Encoded(Real(1e12), 2), ElementsAre(0xFF, 0xFF));
-    EXPECT_THAT(Encoded(Real(65536.0 * 256 - 0.4), 3), ElementsAre(0xFF, 0xFF, 0xFF));
-    EXPECT_THAT(Encoded(Real(std::numeric_limits<double>::infinity()), 3), ElementsAre(0xFF, 0xFF, 0xFF));
-    EXPECT_THAT(Encoded(Real(0x010203), 3), ElementsAre(1, 2, 3));
+    EXPECT_THAT(Encoded(FloatValue(127.5, static_cast<OkaValueType>(1036)), 1), ElementsAre(128));
+    EXPECT_THAT(Encoded(FloatValue(127.4, static_cast<OkaValueType>(1036)), 1), ElementsAre(127));
+    EXPECT_THAT(Encoded(FloatValue(300.0, static_cast<OkaValueType>(1036)), 1), ElementsAre(255));
+    EXPECT_THAT(Encoded(FloatValue(-5.0, static_cast<OkaValueType>(1037)), 1), ElementsAre(0));
+    EXPECT_THAT(Encoded(FloatValue(std::nan(""), static_cast<OkaValueType>(1037)), 1), ElementsAre(0));
+    EXPECT_THAT(Encoded(FloatValue(4660.4), 2), ElementsAre(0x12, 0x34));
+    EXPECT_THAT(Encoded(FloatValue(1e12), 2), ElementsAre(0xFF, 0xFF));
+    EXPECT_THAT(Encoded(FloatValue(65536.0 * 256 - 0.4), 3), ElementsAre(0xFF, 0xFF, 0xFF));
+    EXPECT_THAT(Encoded(FloatValue(std::numeric_limits<double>::infinity()), 3), ElementsAre(0xFF, 0xFF, 0xFF));
+    EXPECT_THAT(Encoded(FloatValue(0x010203), 3), ElementsAre(1, 2, 3));
 }
 
 TEST(OkaByteCodec, StringIsItsBytesWithoutTerminator)

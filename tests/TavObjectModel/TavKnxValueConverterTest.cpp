@@ -1,5 +1,6 @@
-#include "support/GroupValueBytes.h"
+#include "support/GroupValues.h"
 #include "support/LogCapture.h"
+#include "support/Values.h"
 
 #include <TavObjectModel/TavKnxValueConverter.h>
 
@@ -17,32 +18,11 @@ using ::testing::IsEmpty;
 namespace
 {
 
-std::string TextOf(const OKAVALUE& value, bool internalForm)
+std::string SerializedText(const OKAVALUE& value, bool internalForm)
 {
     oka_string text;
     value.Serialize(text, internalForm);
     return std::string(text.c_str(), text.length());
-}
-
-OKAVALUE MakeString(const char* text)
-{
-    OKAVALUE value(ivtString);
-    value.text.assign(text);
-    return value;
-}
-
-OKAVALUE MakeBool(bool b)
-{
-    OKAVALUE value(ivtBool);
-    value.numeric.boolean = b;
-    return value;
-}
-
-OKAVALUE MakeFloat(double x)
-{
-    OKAVALUE value(ivtFloat);
-    value.numeric.real = x;
-    return value;
 }
 
 const char* const kUnreadable = "this is no serialised value";
@@ -50,13 +30,13 @@ const char* const kUnreadable = "this is no serialised value";
 std::vector<LogLine> Errors(const LogCapture& capture) { return capture.LinesAtOrAbove(log4cplus::ERROR_LOG_LEVEL); }
 } // namespace
 
-TEST(TavKnxValueConverterTest, InitAndTheValueOverloadsBehaveAsTheBase)
+TEST(TavKnxValueConverter, InitAndTheValueOverloadsBehaveAsTheBase)
 {
     TavKnxValueConverter converter;
     EXPECT_TRUE(converter.Init());
     EXPECT_EQ(converter.GetDptValueMap().GetEntryCount(), 53u);
     KnxStack::GroupValue groupValue;
-    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, MakeFloat(21.0), groupValue));
+    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 9, 1}, FloatValue(21.0), groupValue));
     EXPECT_EQ(BytesOf(groupValue), Bytes({0x0C, 0x1A}));
     OKAVALUE value;
     EXPECT_TRUE(converter.FromKnxValue(KNXDPT{16, 9, 1}, groupValue, value));
@@ -64,7 +44,7 @@ TEST(TavKnxValueConverterTest, InitAndTheValueOverloadsBehaveAsTheBase)
     EXPECT_DOUBLE_EQ(value.numeric.real, 21.0);
 }
 
-TEST(TavKnxValueConverterTest, OneBitGroupValueGivesTheTextOfABool)
+TEST(TavKnxValueConverter, OneBitGroupValueGivesTheTextOfABool)
 {
     TavKnxValueConverter converter;
     for (bool internalForm : {false, true})
@@ -72,12 +52,12 @@ TEST(TavKnxValueConverterTest, OneBitGroupValueGivesTheTextOfABool)
         std::string text = "old";
         LogCapture capture;
         EXPECT_TRUE(converter.FromKnxValue(MakeGroupValue({0x01}, 1), text, internalForm));
-        EXPECT_EQ(text, TextOf(MakeBool(true), internalForm));
+        EXPECT_EQ(text, SerializedText(BoolValue(true), internalForm));
         EXPECT_THAT(Errors(capture), IsEmpty());
     }
 }
 
-TEST(TavKnxValueConverterTest, ShortTelegramSizeHasNoDefaultDptAndLeavesTheText)
+TEST(TavKnxValueConverter, ShortTelegramSizeHasNoDefaultDptAndLeavesTheText)
 {
     TavKnxValueConverter converter;
     std::string text = "old";
@@ -88,16 +68,16 @@ TEST(TavKnxValueConverterTest, ShortTelegramSizeHasNoDefaultDptAndLeavesTheText)
                 ElementsAre(Error("FromKnxValue - Convert from KNX value failed. Missing DPT. GroupValue = 01")));
 }
 
-TEST(TavKnxValueConverterTest, SixteenBitsAreAlwaysReadAsAFloat)
+TEST(TavKnxValueConverter, SixteenBitsAreAlwaysReadAsAFloat)
 {
     TavKnxValueConverter converter;
     std::string text;
     // 0x0C1A would be 3098 as DPT 7 or 8.
     EXPECT_TRUE(converter.FromKnxValue(MakeGroupValue({0x0C, 0x1A}, 16), text, false));
-    EXPECT_EQ(text, TextOf(MakeFloat(21.0), false));
+    EXPECT_EQ(text, SerializedText(FloatValue(21.0), false));
 }
 
-TEST(TavKnxValueConverterTest, FailedConversionLeavesTheText)
+TEST(TavKnxValueConverter, FailedConversionLeavesTheText)
 {
     TavKnxValueConverter converter;
     std::string text = "old";
@@ -107,50 +87,50 @@ TEST(TavKnxValueConverterTest, FailedConversionLeavesTheText)
     EXPECT_FALSE(Errors(capture).empty());
 }
 
-TEST(TavKnxValueConverterTest, StringWithEightBitsBecomesFourOne)
+TEST(TavKnxValueConverter, StringWithEightBitsBecomesFourOne)
 {
     TavKnxValueConverter converter;
     KnxStack::GroupValue groupValue;
     LogCapture capture;
-    EXPECT_TRUE(converter.ToKnxValue(TextOf(MakeString("AB"), false), 8, groupValue));
+    EXPECT_TRUE(converter.ToKnxValue(SerializedText(StringValue("AB"), false), 8, groupValue));
     EXPECT_EQ(BytesOf(groupValue), Bytes({0x41}));
     EXPECT_EQ(groupValue.GetDefinedSize(), 8u);
     EXPECT_THAT(Errors(capture), IsEmpty());
 }
 
-TEST(TavKnxValueConverterTest, BitSize300IsReadAs44WhichHasNoDefault)
+TEST(TavKnxValueConverter, BitSize300IsReadAs44WhichHasNoDefault)
 {
     TavKnxValueConverter converter;
     KnxStack::GroupValue groupValue;
     LogCapture capture;
     // A string's default depends on the size; 44 has none, and neither has the size itself.
-    EXPECT_FALSE(converter.ToKnxValue(TextOf(MakeString("AB"), false), 300, groupValue));
+    EXPECT_FALSE(converter.ToKnxValue(SerializedText(StringValue("AB"), false), 300, groupValue));
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("ToKnxValue - Convert to KNX value failed. Missing DPT. val = " +
-                                                   MakeString("AB").ToString())));
+                                                   StringValue("AB").ToString())));
     // A bool's default ignores the size.
     capture.Clear();
-    EXPECT_TRUE(converter.ToKnxValue(TextOf(MakeBool(true), false), 300, groupValue));
+    EXPECT_TRUE(converter.ToKnxValue(SerializedText(BoolValue(true), false), 300, groupValue));
     EXPECT_EQ(BytesOf(groupValue), Bytes({0x01}));
     EXPECT_EQ(groupValue.GetDefinedSize(), 1u);
     EXPECT_THAT(Errors(capture), IsEmpty());
 }
 
-TEST(TavKnxValueConverterTest, TextWithDptWritesTheChosenDefaultIntoTheCallersDpt)
+TEST(TavKnxValueConverter, TextWithDptWritesTheChosenDefaultIntoTheCallersDpt)
 {
     TavKnxValueConverter converter;
     KNXDPT dpt{32, 0, 0};
     KnxStack::GroupValue groupValue;
-    EXPECT_TRUE(converter.ToKnxValue(dpt, TextOf(MakeFloat(21.5), true), groupValue));
+    EXPECT_TRUE(converter.ToKnxValue(dpt, SerializedText(FloatValue(21.5), true), groupValue));
     EXPECT_EQ(dpt.size, 16);
     EXPECT_EQ(dpt.main, 14);
     EXPECT_EQ(dpt.sub, 0);
     EXPECT_EQ(BytesOf(groupValue), Bytes({0x41, 0xAC, 0x00, 0x00}));
 }
 
-TEST(TavKnxValueConverterTest, TextEndsAtItsFirstZeroByte)
+TEST(TavKnxValueConverter, TextEndsAtItsFirstZeroByte)
 {
     TavKnxValueConverter converter;
-    std::string text = TextOf(MakeFloat(21.0), false);
+    std::string text = SerializedText(FloatValue(21.0), false);
     text.push_back('\0');
     text += "trailing garbage";
     KnxStack::GroupValue groupValue;
@@ -158,7 +138,7 @@ TEST(TavKnxValueConverterTest, TextEndsAtItsFirstZeroByte)
     EXPECT_EQ(BytesOf(groupValue), Bytes({0x0C, 0x1A}));
 }
 
-TEST(TavKnxValueConverterTest, UnreadableTextWithAMappedDptIsAnInvalidType)
+TEST(TavKnxValueConverter, UnreadableTextWithAMappedDptIsAnInvalidType)
 {
     TavKnxValueConverter converter;
     KnxStack::GroupValue groupValue;
@@ -170,7 +150,7 @@ TEST(TavKnxValueConverterTest, UnreadableTextWithAMappedDptIsAnInvalidType)
                                              Error("ToKnxValue - Invalid value type found for DPT = 9.1 val.ivt=1")));
 }
 
-TEST(TavKnxValueConverterTest, UnreadableTextWithASizeThatHasADefaultIsAnInvalidType)
+TEST(TavKnxValueConverter, UnreadableTextWithASizeThatHasADefaultIsAnInvalidType)
 {
     TavKnxValueConverter converter;
     KnxStack::GroupValue groupValue;
@@ -179,7 +159,7 @@ TEST(TavKnxValueConverterTest, UnreadableTextWithASizeThatHasADefaultIsAnInvalid
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("ToKnxValue - Invalid value type found for DPT = 9.0 val.ivt=1")));
 }
 
-TEST(TavKnxValueConverterTest, UnreadableTextWithoutAnyDefaultIsAMissingDpt)
+TEST(TavKnxValueConverter, UnreadableTextWithoutAnyDefaultIsAMissingDpt)
 {
     TavKnxValueConverter converter;
     const std::string missing = "ToKnxValue - Convert to KNX value failed. Missing DPT. val = " + OKAVALUE().ToString();

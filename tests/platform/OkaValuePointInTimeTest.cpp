@@ -1,4 +1,5 @@
 #include "support/LogCapture.h"
+#include "support/ScopedTimeZone.h"
 
 #include <platform/detail/LocalTimeFields.h>
 #include <platform/OkaValue.h>
@@ -19,38 +20,10 @@ using boost::posix_time::time_duration;
 
 namespace
 {
-const char* const kBerlin = "CET-1CEST,M3.5.0,M10.5.0/3";
-
-class PointInTime : public ::testing::Test
+class OkaValuePointInTime : public TavTest::TimeZoneFixture
 {
 protected:
-    void SetUp() override
-    {
-        const char* previous = std::getenv("TZ");
-        hadZone_ = previous != nullptr;
-        if (hadZone_)
-        {
-            previousZone_ = previous;
-        }
-        UseZone("UTC");
-    }
-    void TearDown() override
-    {
-        if (hadZone_)
-        {
-            setenv("TZ", previousZone_.c_str(), 1);
-        }
-        else
-        {
-            unsetenv("TZ");
-        }
-        tzset();
-    }
-    static void UseZone(const char* zone)
-    {
-        setenv("TZ", zone, 1);
-        tzset();
-    }
+    OkaValuePointInTime() : TimeZoneFixture("UTC") {}
 
     static void ExpectFields(const OKATIME& time, int year, int month, int day, int hour, int minute, int second,
                              int weekday)
@@ -66,10 +39,6 @@ protected:
         EXPECT_EQ(time.kind, 0);
         EXPECT_TRUE(time.localTime);
     }
-
-private:
-    bool hadZone_ = false;
-    std::string previousZone_;
 };
 
 std::string ThrownText(const ptime& when)
@@ -88,7 +57,7 @@ std::string ThrownText(const ptime& when)
 std::time_t NeverRepresentable(std::tm*) { return -1; }
 } // namespace
 
-TEST_F(PointInTime, DateBecomesTheGivenTypeInLocalTime)
+TEST_F(OkaValuePointInTime, DateBecomesTheGivenTypeInLocalTime)
 {
     TavTest::LogCapture capture;
     const OKAVALUE value = OKAVALUE::FromPointInTime(ivtDate, ptime(date(1990, 1, 1)));
@@ -100,16 +69,16 @@ TEST_F(PointInTime, DateBecomesTheGivenTypeInLocalTime)
     EXPECT_TRUE(capture.Lines().empty());
 }
 
-TEST_F(PointInTime, Year1900)
+TEST_F(OkaValuePointInTime, Year1900)
 {
     const OKAVALUE value = OKAVALUE::FromPointInTime(ivtDateTime, ptime(date(1900, 1, 1)));
     EXPECT_EQ(value.type, ivtDateTime);
     ExpectFields(value.numeric.time, 1900, 1, 1, 0, 0, 0, 1);
 }
 
-TEST_F(PointInTime, FieldsAreReadAsLocalTimeInAnotherZone)
+TEST_F(OkaValuePointInTime, FieldsAreReadAsLocalTimeInAnotherZone)
 {
-    UseZone(kBerlin);
+    UseZone(TavTest::kCentralEuropeanZone);
     const OKAVALUE winter = OKAVALUE::FromPointInTime(ivtDate, ptime(date(1990, 1, 1)));
     ExpectFields(winter.numeric.time, 1990, 1, 1, 0, 0, 0, 1);
     EXPECT_FALSE(winter.numeric.time.daylightSaving);
@@ -123,16 +92,16 @@ TEST_F(PointInTime, FieldsAreReadAsLocalTimeInAnotherZone)
     ExpectFields(early.numeric.time, 1900, 1, 1, 0, 0, 0, 1);
 }
 
-TEST_F(PointInTime, FractionsOfASecondAreDropped)
+TEST_F(OkaValuePointInTime, FractionsOfASecondAreDropped)
 {
     const OKAVALUE value = OKAVALUE::FromPointInTime(
         ivtTime, ptime(date(2024, 5, 1), time_duration(1, 2, 3) + boost::posix_time::milliseconds(990)));
     ExpectFields(value.numeric.time, 2024, 5, 1, 1, 2, 3, 3);
 }
 
-TEST_F(PointInTime, LastSecondOfA32BitTimeIsKept)
+TEST_F(OkaValuePointInTime, LastSecondOfA32BitTimeIsKept)
 {
-    for (const char* zone : {"UTC", kBerlin})
+    for (const char* zone : {"UTC", TavTest::kCentralEuropeanZone})
     {
         UseZone(zone);
         const OKAVALUE value =
@@ -142,9 +111,9 @@ TEST_F(PointInTime, LastSecondOfA32BitTimeIsKept)
     }
 }
 
-TEST_F(PointInTime, LaterPointsGiveTheDefaultValue)
+TEST_F(OkaValuePointInTime, LaterPointsGiveTheDefaultValue)
 {
-    for (const char* zone : {"UTC", kBerlin})
+    for (const char* zone : {"UTC", TavTest::kCentralEuropeanZone})
     {
         UseZone(zone);
         const OKAVALUE next = OKAVALUE::FromPointInTime(ivtDateTime, ptime(date(2038, 1, 19), time_duration(3, 14, 8)));
@@ -155,7 +124,7 @@ TEST_F(PointInTime, LaterPointsGiveTheDefaultValue)
     }
 }
 
-TEST_F(PointInTime, SpecialPointsThrow)
+TEST_F(OkaValuePointInTime, SpecialPointsThrow)
 {
     EXPECT_THROW(OKAVALUE::FromPointInTime(ivtDate, ptime(boost::posix_time::not_a_date_time)), std::out_of_range);
     EXPECT_EQ(ThrownText(ptime(boost::posix_time::not_a_date_time)), "tm unable to handle not-a-date-time value");
@@ -163,7 +132,7 @@ TEST_F(PointInTime, SpecialPointsThrow)
     EXPECT_EQ(ThrownText(ptime(boost::posix_time::neg_infin)), "tm unable to handle -infinity date value");
 }
 
-TEST_F(PointInTime, TheSecondBeforeTheEpochIsATrueMinusOne)
+TEST_F(OkaValuePointInTime, TheSecondBeforeTheEpochIsATrueMinusOne)
 {
     const OKAVALUE value =
         OKAVALUE::FromPointInTime(ivtDateTime, ptime(date(1969, 12, 31), time_duration(23, 59, 59)));
@@ -171,9 +140,9 @@ TEST_F(PointInTime, TheSecondBeforeTheEpochIsATrueMinusOne)
     ExpectFields(value.numeric.time, 1969, 12, 31, 23, 59, 59, 3);
 }
 
-TEST_F(PointInTime, FieldsMktimeCannotRepresentAreTakenAsTheyAre)
+TEST_F(OkaValuePointInTime, FieldsMktimeCannotRepresentAreTakenAsTheyAre)
 {
-    UseZone(kBerlin);
+    UseZone(TavTest::kCentralEuropeanZone);
     std::tm fields{};
     fields.tm_year = 1; // 1901-12-13 20:45:51, just before a 32-bit time_t begins
     fields.tm_mon = 11;
@@ -195,10 +164,10 @@ TEST_F(PointInTime, FieldsMktimeCannotRepresentAreTakenAsTheyAre)
     EXPECT_EQ(LocalTimeFromFields(fields, &NeverRepresentable), LocalTimeFromFields(fields));
 }
 
-TEST_F(PointInTime, MinusOneForTheSecondBeforeTheEpochIsAValidTime)
+TEST_F(OkaValuePointInTime, MinusOneForTheSecondBeforeTheEpochIsAValidTime)
 {
     // In this zone -1 is 1970-01-01 00:59:59: the value is taken from time_t -1, not from the fields.
-    UseZone(kBerlin);
+    UseZone(TavTest::kCentralEuropeanZone);
     std::tm fields{};
     fields.tm_year = 69;
     fields.tm_mon = 11;

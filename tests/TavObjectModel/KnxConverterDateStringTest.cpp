@@ -20,7 +20,7 @@ protected:
     std::vector<LogLine> Refusals() const { return capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL); }
 
     LogCapture capture;
-    const KnxStack::GroupValue untouched = Group({0xAA, 0xBB}, 16);
+    const KnxStack::GroupValue untouched = MakeGroupValue({0xAA, 0xBB}, 16);
     KnxStack::GroupValue out = untouched;
     const OKAVALUE before = StringValue("before", ivtEmpty);
     OKAVALUE value = before;
@@ -34,14 +34,18 @@ std::string Text(const OKAVALUE& value)
 
 // --- 10.001 ------------------------------------------------------------------------------
 
-class TimeOfDayConverter : public StructuredConverter
+// A fixture bears the name of the converter it tests; declared in an anonymous namespace it
+// hides the class, which is then written Okaro::<Name>.
+namespace
+{
+class KnxConverterTimeOfDay : public StructuredConverter
 {
 protected:
-    const KnxConverterTimeOfDay converter;
+    const Okaro::KnxConverterTimeOfDay converter{};
     const KNXDPT dpt{24, 10, 1};
 };
 
-TEST_F(TimeOfDayConverter, SendsHourMinuteSecondAndWeekday)
+TEST_F(KnxConverterTimeOfDay, SendsHourMinuteSecondAndWeekday)
 {
     // OKATIME weekday 1 is Monday, KNX day 1.
     const OKAVALUE time = TimeValue(MakeTime(2000, 1, 1, 13, 45, 30, 1), ivtDayTime);
@@ -49,19 +53,19 @@ TEST_F(TimeOfDayConverter, SendsHourMinuteSecondAndWeekday)
     KnxStack::GroupValue expected;
     expected.SetAsTimeOfDay(13, 45, 30, KnxStack::GroupValue::DayOfWeek::Monday);
     EXPECT_EQ(out, expected);
-    EXPECT_THAT(Bytes(out), ElementsAre(0x2Du, 0x2Du, 0x1Eu));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x2Du, 0x2Du, 0x1Eu));
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, time))));
 }
 
-TEST_F(TimeOfDayConverter, SundayAndNoDay)
+TEST_F(KnxConverterTimeOfDay, SundayAndNoDay)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(2000, 1, 1, 1, 2, 3, 0), ivtDayTime), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0xE1u, 0x02u, 0x03u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0xE1u, 0x02u, 0x03u));
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(2000, 1, 1, 1, 2, 3, 7), ivtDayTime), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x01u, 0x02u, 0x03u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x01u, 0x02u, 0x03u));
 }
 
-TEST_F(TimeOfDayConverter, InvalidTimeListsAllElevenFields)
+TEST_F(KnxConverterTimeOfDay, InvalidTimeListsAllElevenFields)
 {
     OKATIME time = MakeTime(2000, 1, 1, 25, 0, 0, 7);
     time.kind = 1;
@@ -72,7 +76,7 @@ TEST_F(TimeOfDayConverter, InvalidTimeListsAllElevenFields)
                 ElementsAre(Error("ToKnxValue - Could not convert OKATIME 2000 1 1 25 0 0 0 7 1 1 0 to TimeOfDay")));
 }
 
-TEST_F(TimeOfDayConverter, AnyOneOfMainSubOrTypeSuffices)
+TEST_F(KnxConverterTimeOfDay, AnyOneOfMainSubOrTypeSuffices)
 {
     const OKATIME time = MakeTime(2000, 1, 1, 1, 2, 3);
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{24, 10, 5}, TimeValue(time, ivtTime), out));
@@ -85,9 +89,9 @@ TEST_F(TimeOfDayConverter, AnyOneOfMainSubOrTypeSuffices)
                 ElementsAre(Error("ToKnxValue - Wrong DPT main number (10.001) or oka value type (ivtDayTime)!")));
 }
 
-TEST_F(TimeOfDayConverter, ReceivedTimeOnThePlaceholderDate)
+TEST_F(KnxConverterTimeOfDay, ReceivedTimeOnThePlaceholderDate)
 {
-    const KnxStack::GroupValue group = Group({0x2D, 0x2D, 0x1E}, 24);
+    const KnxStack::GroupValue group = MakeGroupValue({0x2D, 0x2D, 0x1E}, 24);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtDayTime);
     OKATIME expected{};
@@ -104,58 +108,61 @@ TEST_F(TimeOfDayConverter, ReceivedTimeOnThePlaceholderDate)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(FromTraceText(dpt, group))));
 }
 
-TEST_F(TimeOfDayConverter, ReceivedSundayBecomesWeekdayZero)
+TEST_F(KnxConverterTimeOfDay, ReceivedSundayBecomesWeekdayZero)
 {
-    ASSERT_TRUE(converter.FromKnxValue(dpt, Group({0xE1, 0x02, 0x03}, 24), value));
+    ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({0xE1, 0x02, 0x03}, 24), value));
     EXPECT_EQ(value.numeric.time.weekday, 0);
 }
 
-TEST_F(TimeOfDayConverter, ReservedMinuteOrSecondBitsAreRefused)
+TEST_F(KnxConverterTimeOfDay, ReservedMinuteOrSecondBitsAreRefused)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x0D, 0x40, 0x00}, 24), value));
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x0D, 0x00, 0x80}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x0D, 0x40, 0x00}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x0D, 0x00, 0x80}, 24), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - No valid TimeOfDay datagram, reserved fields ar not zero!"),
                                         Error("FromKnxValue - No valid TimeOfDay datagram, reserved fields ar not zero!")));
 }
 
-TEST_F(TimeOfDayConverter, HourTwentyFiveIsRefused)
+TEST_F(KnxConverterTimeOfDay, HourTwentyFiveIsRefused)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x19, 0x00, 0x00}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x19, 0x00, 0x00}, 24), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - No valid TimeOfDay (10.001)!")));
 }
 
-TEST_F(TimeOfDayConverter, FromKnxAcceptsMainOrSub)
+TEST_F(KnxConverterTimeOfDay, FromKnxAcceptsMainOrSub)
 {
-    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{24, 11, 1}, Group({1, 2, 3}, 24), value));
+    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{24, 11, 1}, MakeGroupValue({1, 2, 3}, 24), value));
     value = before;
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{24, 11, 2}, Group({1, 2, 3}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{24, 11, 2}, MakeGroupValue({1, 2, 3}, 24), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - Wrong DPT main number (10.001)!")));
 }
+} // namespace
 
 // --- 11.001 ------------------------------------------------------------------------------
 
-class DateConverter : public StructuredConverter
+namespace
+{
+class KnxConverterDate : public StructuredConverter
 {
 protected:
-    const KnxConverterDate converter;
+    const Okaro::KnxConverterDate converter{};
     const KNXDPT dpt{24, 11, 1};
 };
 
-TEST_F(DateConverter, SendsDayMonthAndTwoDigitYear)
+TEST_F(KnxConverterDate, SendsDayMonthAndTwoDigitYear)
 {
     const OKAVALUE date = TimeValue(MakeTime(2089, 12, 31), ivtDate);
     ASSERT_TRUE(converter.ToKnxValue(dpt, date, out));
     KnxStack::GroupValue expected;
     expected.SetAsDate(31, 12, 2089);
     EXPECT_EQ(out, expected);
-    EXPECT_THAT(Bytes(out), ElementsAre(31u, 12u, 89u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(31u, 12u, 89u));
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, date))));
 }
 
-TEST_F(DateConverter, YearsOutsideNinetyToEightyNineAreRefusedWithRawMonthAndDay)
+TEST_F(KnxConverterDate, YearsOutsideNinetyToEightyNineAreRefusedWithRawMonthAndDay)
 {
     EXPECT_FALSE(converter.ToKnxValue(dpt, TimeValue(MakeTime(2090, 5, 17), ivtDate), out));
     EXPECT_FALSE(converter.ToKnxValue(dpt, TimeValue(MakeTime(1989, 'A', 'B'), ivtDate), out));
@@ -171,13 +178,13 @@ TEST_F(DateConverter, YearsOutsideNinetyToEightyNineAreRefusedWithRawMonthAndDay
                   "day=\x01")));
 }
 
-TEST_F(DateConverter, NineteenNinetyPasses)
+TEST_F(KnxConverterDate, NineteenNinetyPasses)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(1990, 1, 1), ivtDate), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(1u, 1u, 90u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(1u, 1u, 90u));
 }
 
-TEST_F(DateConverter, WrongDptUsesTheTimeOfDayText)
+TEST_F(KnxConverterDate, WrongDptUsesTheTimeOfDayText)
 {
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{24, 19, 1}, TimeValue(MakeTime(2024, 2, 29), ivtDateTime), out));
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{24, 11, 3}, TimeValue(MakeTime(2024, 2, 29), ivtDateTime), out));
@@ -188,9 +195,9 @@ TEST_F(DateConverter, WrongDptUsesTheTimeOfDayText)
                 ElementsAre(Error("ToKnxValue - Wrong DPT main number (10.001) or oka value type (ivtDayTime)!")));
 }
 
-TEST_F(DateConverter, ReceivedDate)
+TEST_F(KnxConverterDate, ReceivedDate)
 {
-    const KnxStack::GroupValue group = Group({31, 12, 89}, 24);
+    const KnxStack::GroupValue group = MakeGroupValue({31, 12, 89}, 24);
     ASSERT_TRUE(converter.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtDate);
     OKATIME expected{};
@@ -200,46 +207,49 @@ TEST_F(DateConverter, ReceivedDate)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(FromTraceText(dpt, group))));
 }
 
-TEST_F(DateConverter, ReservedBitsAreRefused)
+TEST_F(KnxConverterDate, ReservedBitsAreRefused)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({0x21, 1, 24}, 24), value));  // day
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({1, 0x11, 24}, 24), value));  // month
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({1, 1, 0x80}, 24), value));   // year
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({0x21, 1, 24}, 24), value));  // day
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({1, 0x11, 24}, 24), value));  // month
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({1, 1, 0x80}, 24), value));   // year
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - No valid Date datagram, reserved fields ar not zero!"),
                                         Error("FromKnxValue - No valid Date datagram, reserved fields ar not zero!"),
                                         Error("FromKnxValue - No valid Date datagram, reserved fields ar not zero!")));
 }
 
-TEST_F(DateConverter, ThirtyFirstOfFebruaryIsRefused)
+TEST_F(KnxConverterDate, ThirtyFirstOfFebruaryIsRefused)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({31, 2, 24}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({31, 2, 24}, 24), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - Cannot convert invalid date: year=2024, month=2, day=31")));
 }
 
-TEST_F(DateConverter, FromKnxAcceptsMainOrSub)
+TEST_F(KnxConverterDate, FromKnxAcceptsMainOrSub)
 {
-    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{24, 10, 1}, Group({1, 1, 24}, 24), value));
+    EXPECT_TRUE(converter.FromKnxValue(KNXDPT{24, 10, 1}, MakeGroupValue({1, 1, 24}, 24), value));
     value = before;
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{24, 10, 2}, Group({1, 1, 24}, 24), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{24, 10, 2}, MakeGroupValue({1, 1, 24}, 24), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("FromKnxValue - Wrong DPT main number (11.001)!")));
 }
+} // namespace
 
 // --- 19.x --------------------------------------------------------------------------------
 
-class DateTimeConverter : public StructuredConverter
+namespace
+{
+class KnxConverterDateTime : public StructuredConverter
 {
 protected:
-    const KnxConverterDateTime converter;
+    const Okaro::KnxConverterDateTime converter{};
     const KNXDPT dpt{64, 19, 1};
 };
 
-TEST_F(DateTimeConverter, YearIsSentAsItsLowByteAndReadBackFrom1900)
+TEST_F(KnxConverterDateTime, YearIsSentAsItsLowByteAndReadBackFrom1900)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(2024, 5, 17, 13, 45, 30), ivtDateTime), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0xE8u, 5u, 17u, 13u, 45u, 30u, 0x20u, 0u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0xE8u, 5u, 17u, 13u, 45u, 30u, 0x20u, 0u));
     EXPECT_EQ(out.GetDefinedSize(), 64u);
 
     ASSERT_TRUE(converter.FromKnxValue(dpt, out, value));
@@ -252,7 +262,7 @@ TEST_F(DateTimeConverter, YearIsSentAsItsLowByteAndReadBackFrom1900)
     EXPECT_THAT(capture.Lines(), IsEmpty());  // no trace lines either way
 }
 
-TEST_F(DateTimeConverter, YearsOutside1900To2155AreRefusedWithTheNarrowerText)
+TEST_F(KnxConverterDateTime, YearsOutside1900To2155AreRefusedWithTheNarrowerText)
 {
     EXPECT_FALSE(converter.ToKnxValue(dpt, TimeValue(MakeTime(1899, 12, 31), ivtDateTime), out));
     EXPECT_FALSE(converter.ToKnxValue(dpt, TimeValue(MakeTime(2156, 1, 1), ivtDateTime), out));
@@ -262,23 +272,23 @@ TEST_F(DateTimeConverter, YearsOutside1900To2155AreRefusedWithTheNarrowerText)
                             Error("ToKnxValue - Cannot convert the date outside of the range [1990...2089]: year=2156")));
 }
 
-TEST_F(DateTimeConverter, BoundaryYearsPass)
+TEST_F(KnxConverterDateTime, BoundaryYearsPass)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(1900, 1, 1), ivtDateTime), out));
-    EXPECT_EQ(Bytes(out)[0], 0x6Cu);  // 1900 & 0xFF
+    EXPECT_EQ(BytesOf(out)[0], 0x6Cu);  // 1900 & 0xFF
     ASSERT_TRUE(converter.ToKnxValue(dpt, TimeValue(MakeTime(2155, 1, 1), ivtDateTime), out));
-    EXPECT_EQ(Bytes(out)[0], 0x6Bu);  // 2155 & 0xFF
+    EXPECT_EQ(BytesOf(out)[0], 0x6Bu);  // 2155 & 0xFF
 }
 
-TEST_F(DateTimeConverter, NoDptOrTypeTest)
+TEST_F(KnxConverterDateTime, NoDptOrTypeTest)
 {
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{1, 1, 1}, TimeValue(MakeTime(2024, 1, 2), ivtBool), out));
     EXPECT_TRUE(converter.FromKnxValue(KNXDPT{1, 1, 1}, out, value));
 }
 
-TEST_F(DateTimeConverter, ReceivedFieldsAreMaskedAndBytesSixAndSevenIgnored)
+TEST_F(KnxConverterDateTime, ReceivedFieldsAreMaskedAndBytesSixAndSevenIgnored)
 {
-    ASSERT_TRUE(converter.FromKnxValue(dpt, Group({124, 0xF3, 0xE4, 0xE5, 0xC6, 0xC7, 0xFF, 0xFF}, 64), value));
+    ASSERT_TRUE(converter.FromKnxValue(dpt, MakeGroupValue({124, 0xF3, 0xE4, 0xE5, 0xC6, 0xC7, 0xFF, 0xFF}, 64), value));
     EXPECT_EQ(value.numeric.time.year, 2024);
     EXPECT_EQ(value.numeric.time.month, 3);
     EXPECT_EQ(value.numeric.time.day, 4);
@@ -287,10 +297,10 @@ TEST_F(DateTimeConverter, ReceivedFieldsAreMaskedAndBytesSixAndSevenIgnored)
     EXPECT_EQ(value.numeric.time.second, 7);
 }
 
-TEST_F(DateTimeConverter, InvalidDateOrTimeIsRefused)
+TEST_F(KnxConverterDateTime, InvalidDateOrTimeIsRefused)
 {
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({124, 13, 1, 0, 0, 0, 0, 0}, 64), value));
-    EXPECT_FALSE(converter.FromKnxValue(dpt, Group({124, 1, 1, 24, 0, 0, 0, 0}, 64), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({124, 13, 1, 0, 0, 0, 0, 0}, 64), value));
+    EXPECT_FALSE(converter.FromKnxValue(dpt, MakeGroupValue({124, 1, 1, 24, 0, 0, 0, 0}, 64), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(capture.Lines(),
                 ElementsAre(Error("FromKnxValue - Cannot convert invalid date and time: year=2024, month=13, day=1, "
@@ -298,10 +308,11 @@ TEST_F(DateTimeConverter, InvalidDateOrTimeIsRefused)
                             Error("FromKnxValue - Cannot convert invalid date and time: year=2024, month=1, day=1, "
                                   "hour=24, minute=0, second=0")));
 }
+} // namespace
 
 // --- 16.x --------------------------------------------------------------------------------
 
-class StringConverter : public StructuredConverter
+class KnxConverterString : public StructuredConverter
 {
 protected:
     const KnxConverter14ByteString printable{IntegerRange::CreateScaled(32, 126, 32, 126)};
@@ -309,7 +320,7 @@ protected:
     const KNXDPT dpt{112, 16, 0};
 };
 
-TEST_F(StringConverter, CharactersOutsideTheRangeAreSentAsUnderscores)
+TEST_F(KnxConverterString, CharactersOutsideTheRangeAreSentAsUnderscores)
 {
     const OKAVALUE text = StringValue("Gr\xC3\xBC\xC3\x9F" "e");  // u-umlaut, sharp s
     ASSERT_TRUE(printable.ToKnxValue(dpt, text, out));
@@ -319,15 +330,15 @@ TEST_F(StringConverter, CharactersOutsideTheRangeAreSentAsUnderscores)
     EXPECT_THAT(capture.Lines(), ElementsAre(Trace(ToTraceText(dpt, text))));
 }
 
-TEST_F(StringConverter, Latin1RangeSendsLatin1Bytes)
+TEST_F(KnxConverterString, Latin1RangeSendsLatin1Bytes)
 {
     ASSERT_TRUE(latin1.ToKnxValue(KNXDPT{112, 16, 1}, StringValue("\xC3\xBC"), out));
-    EXPECT_EQ(Bytes(out)[0], 0xFCu);
+    EXPECT_EQ(BytesOf(out)[0], 0xFCu);
 }
 
-TEST_F(StringConverter, ReceivedBytesOutsideTheRangeAreDroppedWithOneInfoLine)
+TEST_F(KnxConverterString, ReceivedBytesOutsideTheRangeAreDroppedWithOneInfoLine)
 {
-    const KnxStack::GroupValue group = Group({'a', 0xFC, 'b', 0x01, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112);
+    const KnxStack::GroupValue group = MakeGroupValue({'a', 0xFC, 'b', 0x01, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112);
     ASSERT_TRUE(printable.FromKnxValue(dpt, group, value));
     EXPECT_EQ(value.type, ivtString);
     EXPECT_EQ(Text(value), "ab");
@@ -336,24 +347,24 @@ TEST_F(StringConverter, ReceivedBytesOutsideTheRangeAreDroppedWithOneInfoLine)
                             Info("FromKnxValue - Invalid characters for DPT 16.0 has been replaced with _.")));
 }
 
-TEST_F(StringConverter, CleanTextIsReceivedWithoutInfoLine)
+TEST_F(KnxConverterString, CleanTextIsReceivedWithoutInfoLine)
 {
-    ASSERT_TRUE(printable.FromKnxValue(dpt, Group({'H', 'e', 'l', 'l', 'o', 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112), value));
+    ASSERT_TRUE(printable.FromKnxValue(dpt, MakeGroupValue({'H', 'e', 'l', 'l', 'o', 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112), value));
     EXPECT_EQ(Text(value), "Hello");
-    ASSERT_TRUE(latin1.FromKnxValue(KNXDPT{112, 16, 1}, Group({0xFC, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112),
+    ASSERT_TRUE(latin1.FromKnxValue(KNXDPT{112, 16, 1}, MakeGroupValue({0xFC, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112),
                                     value));
     EXPECT_EQ(Text(value), "\xC3\xBC");
     EXPECT_THAT(Refusals(), IsEmpty());
 }
 
-TEST_F(StringConverter, Refusals)
+TEST_F(KnxConverterString, Refusals)
 {
     EXPECT_TRUE(printable.ToKnxValue(KNXDPT{8, 4, 1}, StringValue("x"), out));  // the type suffices
     EXPECT_TRUE(printable.ToKnxValue(dpt, ByteValue(0), out));                   // the main number suffices
     out = untouched;
     EXPECT_FALSE(printable.ToKnxValue(KNXDPT{8, 4, 1}, ByteValue(0), out));
     EXPECT_EQ(out, untouched);
-    EXPECT_FALSE(printable.FromKnxValue(KNXDPT{8, 4, 1}, Group({'x'}, 8), value));
+    EXPECT_FALSE(printable.FromKnxValue(KNXDPT{8, 4, 1}, MakeGroupValue({'x'}, 8), value));
     EXPECT_EQ(value, before);
     EXPECT_THAT(Refusals(), ElementsAre(Error("ToKnxValue - Wrong DPT main number (16.x) or oka value type (ivtString)!"),
                                         Error("FromKnxValue - Wrong DPT main number (16.x)!")));

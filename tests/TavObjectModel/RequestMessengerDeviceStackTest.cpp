@@ -2,6 +2,7 @@
 
 #include "support/LogCapture.h"
 #include "support/MockDeviceStackClient.h"
+#include "support/Values.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -19,13 +20,6 @@ using ::testing::StrictMock;
 
 namespace
 {
-OKAVALUE MakeReal(OkaValueType type, double real)
-{
-    OKAVALUE value(type);
-    value.numeric.real = real;
-    return value;
-}
-
 std::string Serialized(const OKAVALUE& value, bool internal)
 {
     oka_string text;
@@ -35,22 +29,22 @@ std::string Serialized(const OKAVALUE& value, bool internal)
 
 const double kNan = std::numeric_limits<double>::quiet_NaN();
 
-class RemoteMessengerTest : public ::testing::Test
+class RemoteRequestMessengerDeviceStack : public ::testing::Test
 {
 protected:
     StrictMock<TavTest::MockDeviceStackClient> client;
     Okaro::RemoteRequestMessengerDeviceStack messenger{client};
 };
 
-TEST_F(RemoteMessengerTest, NanFloatIsWrittenAsNanInDefaultFormat)
+TEST_F(RemoteRequestMessengerDeviceStack, NanFloatIsWrittenAsNanInDefaultFormat)
 {
     TavTest::LogCapture capture;
     EXPECT_CALL(client, SetValueAsync(7ul, "nan", true, 0)).WillOnce(Return("r1"));
-    EXPECT_EQ("r1", messenger.SetValueAsync(7, MakeReal(ivtFloat, kNan), true));
+    EXPECT_EQ("r1", messenger.SetValueAsync(7, TavTest::FloatValue(kNan, ivtFloat), true));
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(RemoteMessengerTest, NanFloatIsWrittenWithFloatTagInInternalFormat)
+TEST_F(RemoteRequestMessengerDeviceStack, NanFloatIsWrittenWithFloatTagInInternalFormat)
 {
     TavTest::LogCapture capture;
     {
@@ -59,15 +53,15 @@ TEST_F(RemoteMessengerTest, NanFloatIsWrittenWithFloatTagInInternalFormat)
         EXPECT_CALL(client, SetValueAsync(8ul, "3.7:nan", false, 0)).WillOnce(Return("r2"));
     }
     messenger.EnableInternalValueFormat();
-    EXPECT_EQ("r2", messenger.SetValueAsync(8, MakeReal(ivtFloat, kNan), false));
+    EXPECT_EQ("r2", messenger.SetValueAsync(8, TavTest::FloatValue(kNan, ivtFloat), false));
     EXPECT_THAT(capture.Lines(),
                 ElementsAre(TavTest::Trace("EnableInternalValueFormat - Internal value format now enabled.")));
     EXPECT_EQ("RequestMessengerDeviceStack.cpp", capture.Lines().at(0).file);
 }
 
-TEST_F(RemoteMessengerTest, NanInAnotherTypeGoesThroughTheSerializer)
+TEST_F(RemoteRequestMessengerDeviceStack, NanInAnotherTypeGoesThroughTheSerializer)
 {
-    const OKAVALUE floatFamilyNan = MakeReal(static_cast<OkaValueType>(1005), kNan);
+    const OKAVALUE floatFamilyNan = TavTest::FloatValue(kNan, static_cast<OkaValueType>(1005));
     EXPECT_CALL(client, SetValueAsync(1ul, Serialized(floatFamilyNan, false), false, 0)).WillOnce(Return("a"));
     EXPECT_CALL(client, SetInternalValueFormat(true)).WillOnce(Return(true));
     EXPECT_CALL(client, SetValueAsync(2ul, Serialized(floatFamilyNan, true), false, 0)).WillOnce(Return("b"));
@@ -79,9 +73,9 @@ TEST_F(RemoteMessengerTest, NanInAnotherTypeGoesThroughTheSerializer)
     EXPECT_NE("3.7:nan", Serialized(floatFamilyNan, true));
 }
 
-TEST_F(RemoteMessengerTest, OrdinaryValuesAreSerializedInTheCurrentFormat)
+TEST_F(RemoteRequestMessengerDeviceStack, OrdinaryValuesAreSerializedInTheCurrentFormat)
 {
-    const OKAVALUE real = MakeReal(ivtFloat, 21.5);
+    const OKAVALUE real = TavTest::FloatValue(21.5, ivtFloat);
     ASSERT_NE(Serialized(real, false), Serialized(real, true));
     {
         InSequence order;
@@ -98,7 +92,7 @@ TEST_F(RemoteMessengerTest, OrdinaryValuesAreSerializedInTheCurrentFormat)
     EXPECT_EQ("3", messenger.SetValueAsync(3, real, true));
 }
 
-TEST_F(RemoteMessengerTest, NativeFormatAfterInternalFormatKeepsTheInternalFlag)
+TEST_F(RemoteRequestMessengerDeviceStack, NativeFormatAfterInternalFormatKeepsTheInternalFlag)
 {
     {
         InSequence order;
@@ -108,10 +102,10 @@ TEST_F(RemoteMessengerTest, NativeFormatAfterInternalFormatKeepsTheInternalFlag)
     }
     messenger.EnableInternalValueFormat();
     EXPECT_FALSE(messenger.EnableNativeFormat());
-    EXPECT_EQ("9", messenger.SetValueAsync(4, MakeReal(ivtFloat, kNan), false));
+    EXPECT_EQ("9", messenger.SetValueAsync(4, TavTest::FloatValue(kNan, ivtFloat), false));
 }
 
-TEST_F(RemoteMessengerTest, NativeFormatPassesTheClientResultThrough)
+TEST_F(RemoteRequestMessengerDeviceStack, NativeFormatPassesTheClientResultThrough)
 {
     TavTest::LogCapture capture;
     EXPECT_CALL(client, SetValueFormat("Native")).WillOnce(Return(true));
@@ -119,7 +113,7 @@ TEST_F(RemoteMessengerTest, NativeFormatPassesTheClientResultThrough)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(RemoteMessengerTest, DefaultFormatSwitchesBackWithoutLogging)
+TEST_F(RemoteRequestMessengerDeviceStack, DefaultFormatSwitchesBackWithoutLogging)
 {
     {
         InSequence order;
@@ -131,7 +125,7 @@ TEST_F(RemoteMessengerTest, DefaultFormatSwitchesBackWithoutLogging)
     TavTest::LogCapture capture;
     messenger.EnableDefaultValueFormat();
     EXPECT_THAT(capture.Lines(), IsEmpty());
-    EXPECT_EQ("x", messenger.SetValueAsync(5, MakeReal(ivtFloat, kNan), true));
+    EXPECT_EQ("x", messenger.SetValueAsync(5, TavTest::FloatValue(kNan, ivtFloat), true));
 }
 
 class NullHandler : public Lumo::IDeviceStackClient::IResponseHandler
@@ -148,7 +142,7 @@ public:
                     const std::string&, const Lumo::ResponseError&) override {}
 };
 
-TEST_F(RemoteMessengerTest, ResponseHandlerIsForwardedIncludingNull)
+TEST_F(RemoteRequestMessengerDeviceStack, ResponseHandlerIsForwardedIncludingNull)
 {
     NullHandler handler;
     {
@@ -160,7 +154,7 @@ TEST_F(RemoteMessengerTest, ResponseHandlerIsForwardedIncludingNull)
     messenger.SetResponseHandler(nullptr);
 }
 
-TEST_F(RemoteMessengerTest, RequestsAreForwardedUnchangedWithTheirResults)
+TEST_F(RemoteRequestMessengerDeviceStack, RequestsAreForwardedUnchangedWithTheirResults)
 {
     TavTest::LogCapture capture;
     EXPECT_CALL(client, RegisterApplicationAsync("app", "path", "key")).WillOnce(Return("10"));

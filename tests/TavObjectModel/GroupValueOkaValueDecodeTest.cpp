@@ -16,6 +16,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -37,7 +38,7 @@ std::vector<TavTest::LogLine> Reported(const TavTest::LogCapture& capture)
     return capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL);
 }
 
-class GroupValueToOkaValueTest : public TavTest::FixedTimeZoneTest
+class GroupValueToOkaValue : public TavTest::TimeZoneFixture
 {
 protected:
     // Decodes and expects exactly this value, with nothing reported at INFO or above.
@@ -53,7 +54,7 @@ protected:
 
 // ---- validity check --------------------------------------------------------------------
 
-TEST_F(GroupValueToOkaValueTest, CheckTracesDptAndBitSize)
+TEST_F(GroupValueToOkaValue, CheckTracesDptAndBitSize)
 {
     TavTest::LogCapture capture;
     EXPECT_TRUE(Okaro::CheckGroupValue(MakeGroupValue({0x0C, 0x1A}, 16), Packed(9, 1)));
@@ -61,7 +62,7 @@ TEST_F(GroupValueToOkaValueTest, CheckTracesDptAndBitSize)
     EXPECT_THAT(Reported(capture), IsEmpty());
 }
 
-TEST_F(GroupValueToOkaValueTest, CheckRefusesAWrongBitSize)
+TEST_F(GroupValueToOkaValue, CheckRefusesAWrongBitSize)
 {
     TavTest::LogCapture capture;
     EXPECT_FALSE(Okaro::CheckGroupValue(MakeGroupValue({0x0C, 0x1A}, 8), Packed(9, 1)));
@@ -70,7 +71,7 @@ TEST_F(GroupValueToOkaValueTest, CheckRefusesAWrongBitSize)
                                                      "because of unexpected bit size: 8, expected: 16")));
 }
 
-TEST_F(GroupValueToOkaValueTest, CheckAcceptsADptWithoutMapEntry)
+TEST_F(GroupValueToOkaValue, CheckAcceptsADptWithoutMapEntry)
 {
     TavTest::LogCapture capture;
     EXPECT_TRUE(Okaro::CheckGroupValue(MakeGroupValue({0x12, 0x34}, 16), Packed(22, 1)));
@@ -81,7 +82,7 @@ TEST_F(GroupValueToOkaValueTest, CheckAcceptsADptWithoutMapEntry)
 
 // ---- refusals before decoding ----------------------------------------------------------
 
-TEST_F(GroupValueToOkaValueTest, DptWithoutValueTypeIsUnsupported)
+TEST_F(GroupValueToOkaValue, DptWithoutValueTypeIsUnsupported)
 {
     TavTest::LogCapture capture;
     EXPECT_FALSE(Okaro::GroupValueToOkaValue(MakeGroupValue({0x41}, 8), Packed(4, 1)).has_value());
@@ -94,7 +95,7 @@ TEST_F(GroupValueToOkaValueTest, DptWithoutValueTypeIsUnsupported)
                                              Error("GroupValueToOkaValue - Unsupported DPT: 29.1")));
 }
 
-TEST_F(GroupValueToOkaValueTest, BytesTheCheckRefusesAreInvalid)
+TEST_F(GroupValueToOkaValue, BytesTheCheckRefusesAreInvalid)
 {
     TavTest::LogCapture capture;
     EXPECT_FALSE(Okaro::GroupValueToOkaValue(MakeGroupValue({0x0C, 0x1A}, 8), Packed(9, 1)).has_value());
@@ -104,7 +105,7 @@ TEST_F(GroupValueToOkaValueTest, BytesTheCheckRefusesAreInvalid)
                             Error("GroupValueToOkaValue - Received invalid value 0c 1a for DPT 9.1")));
 }
 
-TEST_F(GroupValueToOkaValueTest, TimeOfDayWithHour25IsRefusedByTheCheck)
+TEST_F(GroupValueToOkaValue, TimeOfDayWithHour25IsRefusedByTheCheck)
 {
     TavTest::LogCapture capture;
     EXPECT_FALSE(Okaro::GroupValueToOkaValue(MakeGroupValue({0x19, 0x00, 0x00}, 24), Packed(10, 1)).has_value());
@@ -116,7 +117,7 @@ TEST_F(GroupValueToOkaValueTest, TimeOfDayWithHour25IsRefusedByTheCheck)
 
 // ---- simple branches -------------------------------------------------------------------
 
-TEST_F(GroupValueToOkaValueTest, SwitchIsBool)
+TEST_F(GroupValueToOkaValue, SwitchIsBool)
 {
     ExpectDecodes(MakeGroupValue({0x01}, 1), Packed(1, 1), TavTest::BoolValue(true));
     ExpectDecodes(MakeGroupValue({0x00}, 1), Packed(1, 1), TavTest::BoolValue(false));
@@ -124,24 +125,24 @@ TEST_F(GroupValueToOkaValueTest, SwitchIsBool)
     ExpectDecodes(MakeGroupValue({0x01}, 6), Packed(1, 1), TavTest::BoolValue(true));
 }
 
-TEST_F(GroupValueToOkaValueTest, TwoBitControlIsByte)
+TEST_F(GroupValueToOkaValue, TwoBitControlIsByte)
 {
     ExpectDecodes(MakeGroupValue({0x03}, 2), Packed(2, 1), TavTest::ByteValue(3));
     ExpectDecodes(MakeGroupValue({0x02}, 6), Packed(2, 1), TavTest::ByteValue(2));
 }
 
-TEST_F(GroupValueToOkaValueTest, EightBitMainTwentyThreeKeepsOnlyTheLowTwoBits)
+TEST_F(GroupValueToOkaValue, EightBitMainTwentyThreeKeepsOnlyTheLowTwoBits)
 {
     ExpectDecodes(MakeGroupValue({0x02}, 8), Packed(23, 1), TavTest::ByteValue(2));
     ExpectDecodes(MakeGroupValue({0x07}, 8), Packed(23, 1), TavTest::ByteValue(3));
 }
 
-TEST_F(GroupValueToOkaValueTest, StepControlIsByte)
+TEST_F(GroupValueToOkaValue, StepControlIsByte)
 {
     ExpectDecodes(MakeGroupValue({0x0B}, 4), Packed(3, 7), TavTest::ByteValue(11));
 }
 
-TEST_F(GroupValueToOkaValueTest, PlainEightBitMainsAreBytes)
+TEST_F(GroupValueToOkaValue, PlainEightBitMainsAreBytes)
 {
     ExpectDecodes(MakeGroupValue({0xFF}, 8), Packed(5, 1), TavTest::ByteValue(255));
     ExpectDecodes(MakeGroupValue({0x3F}, 8), Packed(17, 1), TavTest::ByteValue(63));
@@ -152,19 +153,19 @@ TEST_F(GroupValueToOkaValueTest, PlainEightBitMainsAreBytes)
     ExpectDecodes(MakeGroupValue({0x7F}, 8), Packed(238, 600), TavTest::ByteValue(0x7F));
 }
 
-TEST_F(GroupValueToOkaValueTest, SignedRelativeStaysAByte)
+TEST_F(GroupValueToOkaValue, SignedRelativeStaysAByte)
 {
     ExpectDecodes(MakeGroupValue({0xFF}, 8), Packed(6, 10), TavTest::ByteValue(255));
     ExpectDecodes(MakeGroupValue({0x80}, 8), Packed(6, 1), TavTest::ByteValue(128));
     ExpectDecodes(MakeGroupValue({0x7F}, 8), Packed(6, 1), TavTest::ByteValue(127));
 }
 
-TEST_F(GroupValueToOkaValueTest, UnsignedSixteenBitMainsAreWords)
+TEST_F(GroupValueToOkaValue, UnsignedSixteenBitMainsAreWords)
 {
-    ExpectDecodes(MakeGroupValue({0xFF, 0xFE}, 16), Packed(7, 1), TavTest::WordValue(65534));
+    ExpectDecodes(MakeGroupValue({0xFF, 0xFE}, 16), Packed(7, 1), TavTest::WideWordValue(65534));
 }
 
-TEST_F(GroupValueToOkaValueTest, UnsignedSixteenBitMainsWithoutMapEntryAreWordsToo)
+TEST_F(GroupValueToOkaValue, UnsignedSixteenBitMainsWithoutMapEntryAreWordsToo)
 {
     for (const std::uint16_t main : {22, 217, 234, 237})
     {
@@ -172,7 +173,7 @@ TEST_F(GroupValueToOkaValueTest, UnsignedSixteenBitMainsWithoutMapEntryAreWordsT
         TavTest::LogCapture capture;
         const auto decoded = Okaro::GroupValueToOkaValue(MakeGroupValue({0x12, 0x34}, 16), Packed(main, 1));
         ASSERT_TRUE(decoded.has_value());
-        EXPECT_EQ(*decoded, TavTest::WordValue(0x1234));
+        EXPECT_EQ(*decoded, TavTest::WideWordValue(0x1234));
         const std::string dpt = std::to_string(main) + ".1";
         EXPECT_THAT(Reported(capture), ElementsAre(Error("GetEntry - No Entry found for DPT = " + dpt),
                                                    Error("FromKnxValue - No Entry found for DPT = " + dpt),
@@ -180,19 +181,19 @@ TEST_F(GroupValueToOkaValueTest, UnsignedSixteenBitMainsWithoutMapEntryAreWordsT
     }
 }
 
-TEST_F(GroupValueToOkaValueTest, SignedSixteenBitIsInteger)
+TEST_F(GroupValueToOkaValue, SignedSixteenBitIsInteger)
 {
     ExpectDecodes(MakeGroupValue({0x80, 0x00}, 16), Packed(8, 1), TavTest::IntegerValue(-32768));
     ExpectDecodes(MakeGroupValue({0x7F, 0xFF}, 16), Packed(8, 1), TavTest::IntegerValue(32767));
 }
 
-TEST_F(GroupValueToOkaValueTest, SixteenBitFloatIsFloat)
+TEST_F(GroupValueToOkaValue, SixteenBitFloatIsFloat)
 {
     ExpectDecodes(MakeGroupValue({0x0C, 0x1A}, 16), Packed(9, 1), TavTest::FloatValue(21.0));
     ExpectDecodes(MakeGroupValue({0x8A, 0x24}, 16), Packed(9, 1), TavTest::FloatValue(-30.0));
 }
 
-TEST_F(GroupValueToOkaValueTest, UnsignedThirtyTwoBitMainsAreDWords)
+TEST_F(GroupValueToOkaValue, UnsignedThirtyTwoBitMainsAreDWords)
 {
     for (const std::uint16_t main : {12, 15, 27})
     {
@@ -201,19 +202,19 @@ TEST_F(GroupValueToOkaValueTest, UnsignedThirtyTwoBitMainsAreDWords)
     }
 }
 
-TEST_F(GroupValueToOkaValueTest, SignedThirtyTwoBitIsInteger)
+TEST_F(GroupValueToOkaValue, SignedThirtyTwoBitIsInteger)
 {
     ExpectDecodes(MakeGroupValue({0xFF, 0xFF, 0xFF, 0xFE}, 32), Packed(13, 1), TavTest::IntegerValue(-2));
 }
 
-TEST_F(GroupValueToOkaValueTest, ThirtyTwoBitFloatIsWidenedToDouble)
+TEST_F(GroupValueToOkaValue, ThirtyTwoBitFloatIsWidenedToDouble)
 {
     ExpectDecodes(MakeGroupValue({0x3F, 0xC0, 0x00, 0x00}, 32), Packed(14, 0), TavTest::FloatValue(1.5));
     ExpectDecodes(MakeGroupValue({0x3D, 0xCC, 0xCC, 0xCD}, 32), Packed(14, 0),
                   TavTest::FloatValue(static_cast<double>(0.1f)));
 }
 
-TEST_F(GroupValueToOkaValueTest, ThreeBitMainIsByte)
+TEST_F(GroupValueToOkaValue, ThreeBitMainIsByte)
 {
     TavTest::LogCapture capture;
     const auto decoded = Okaro::GroupValueToOkaValue(MakeGroupValue({0x05}, 3), Packed(31, 1));
@@ -226,39 +227,58 @@ TEST_F(GroupValueToOkaValueTest, ThreeBitMainIsByte)
 
 // ---- mains with a value type but no branch ---------------------------------------------
 
-TEST_F(GroupValueToOkaValueTest, MainsWithoutBranchGiveAPresentEmptyValue)
+struct MainWithoutBranch
 {
-    struct Case
-    {
-        std::uint16_t main;
-        std::uint16_t sub;
-        KnxStack::GroupValue value;
-    };
-    const Case cases[] = {
+    std::uint16_t main;
+    std::uint16_t sub;
+    KnxStack::GroupValue value;
+};
+
+void PrintTo(const MainWithoutBranch& c, std::ostream* out)
+{
+    *out << c.main << "." << c.sub << " " << c.value.GetRawData().ToString() << " (" << c.value.GetDefinedSize()
+         << " bits)";
+}
+
+std::vector<MainWithoutBranch> MainsWithoutBranch()
+{
+    return {
         {25, 1000, MakeGroupValue({0x12}, 8)},
         {30, 1010, MakeGroupValue({0x01, 0x02, 0x03}, 24)},
         {24, 1, MakeGroupValue({0x41, 0x00}, 16)},
         {200, 100, MakeGroupValue({0x01, 0x02}, 9)},
         {202, 2, MakeGroupValue({0x01, 0x02}, 16)},
     };
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.main);
-        TavTest::LogCapture capture;
-        const auto decoded = Okaro::GroupValueToOkaValue(c.value, Packed(c.main, c.sub));
-        ASSERT_TRUE(decoded.has_value());
-        EXPECT_EQ(decoded->type, ivtEmpty);
-        EXPECT_EQ(*decoded, OKAVALUE());
-        EXPECT_THAT(Reported(capture), Contains(Error("FromKnxValue - Assume validity and accept value!")));
-        EXPECT_THAT(capture.Lines(), Contains(Trace("CheckGroupValue - DPT is " + std::to_string(c.main) + "." +
-                                                    std::to_string(c.sub) + " with bit size " +
-                                                    std::to_string(c.value.GetDefinedSize()))));
-    }
 }
+
+class GroupValueToOkaValueWithoutBranch : public TavTest::TimeZoneFixture,
+                                          public ::testing::WithParamInterface<MainWithoutBranch>
+{
+};
+
+TEST_P(GroupValueToOkaValueWithoutBranch, GivesAPresentEmptyValue)
+{
+    const MainWithoutBranch& c = GetParam();
+    TavTest::LogCapture capture;
+    const auto decoded = Okaro::GroupValueToOkaValue(c.value, Packed(c.main, c.sub));
+    ASSERT_TRUE(decoded.has_value());
+    EXPECT_EQ(decoded->type, ivtEmpty);
+    EXPECT_EQ(*decoded, OKAVALUE());
+    EXPECT_THAT(Reported(capture), Contains(Error("FromKnxValue - Assume validity and accept value!")));
+    EXPECT_THAT(capture.Lines(), Contains(Trace("CheckGroupValue - DPT is " + std::to_string(c.main) + "." +
+                                                std::to_string(c.sub) + " with bit size " +
+                                                std::to_string(c.value.GetDefinedSize()))));
+}
+
+INSTANTIATE_TEST_SUITE_P(MainsWithATypeButNoBranch, GroupValueToOkaValueWithoutBranch,
+                         ::testing::ValuesIn(MainsWithoutBranch()),
+                         [](const ::testing::TestParamInfo<MainWithoutBranch>& info) {
+                             return "Dpt" + std::to_string(info.param.main) + "_" + std::to_string(info.param.sub);
+                         });
 
 // ---- truncated telegrams never throw the group value exception -------------------------
 
-TEST_F(GroupValueToOkaValueTest, TruncatedTelegramWithoutMapEntryIsInvalid)
+TEST_F(GroupValueToOkaValue, TruncatedTelegramWithoutMapEntryIsInvalid)
 {
     TavTest::LogCapture capture;
     EXPECT_FALSE(Okaro::GroupValueToOkaValue(MakeGroupValue({0x12}, 16), Packed(22, 1)).has_value());
@@ -268,7 +288,7 @@ TEST_F(GroupValueToOkaValueTest, TruncatedTelegramWithoutMapEntryIsInvalid)
                                                Error("GroupValueToOkaValue - Received invalid value 12 for DPT 22.1")));
 }
 
-TEST_F(GroupValueToOkaValueTest, ThreeByteTwentyFourBitTelegramIsInvalid)
+TEST_F(GroupValueToOkaValue, ThreeByteTwentyFourBitTelegramIsInvalid)
 {
     // The check reads three bytes and accepts them; decoding reads four and cannot.
     TavTest::LogCapture capture;
@@ -277,12 +297,12 @@ TEST_F(GroupValueToOkaValueTest, ThreeByteTwentyFourBitTelegramIsInvalid)
                                                      "232.600")));
 }
 
-TEST_F(GroupValueToOkaValueTest, FourByteTwentyFourBitTelegramIsReadAsThirtyTwoBits)
+TEST_F(GroupValueToOkaValue, FourByteTwentyFourBitTelegramIsReadAsThirtyTwoBits)
 {
     ExpectDecodes(MakeGroupValue({0xFF, 0x80, 0x40, 0x01}, 24), Packed(232, 600), TavTest::DWordValue(0xFF804001));
 }
 
-TEST_F(GroupValueToOkaValueTest, TruncatedTelegramWithMapEntryIsRefusedByTheCheck)
+TEST_F(GroupValueToOkaValue, TruncatedTelegramWithMapEntryIsRefusedByTheCheck)
 {
     TavTest::LogCapture capture;
     EXPECT_FALSE(Okaro::GroupValueToOkaValue(MakeGroupValue({0x01, 0x02, 0x03}, 32), Packed(12, 1)).has_value());
@@ -293,19 +313,19 @@ TEST_F(GroupValueToOkaValueTest, TruncatedTelegramWithMapEntryIsRefusedByTheChec
 
 // ---- time of day -----------------------------------------------------------------------
 
-TEST_F(GroupValueToOkaValueTest, TimeOfDayHasPlaceholderDateAndKind1)
+TEST_F(GroupValueToOkaValue, TimeOfDayHasPlaceholderDateAndKind1)
 {
     // Monday 14:30:15.
     ExpectDecodes(MakeGroupValue({0x2E, 0x1E, 0x0F}, 24), Packed(10, 1), TavTest::DayTimeValue(14, 30, 15, 1));
 }
 
-TEST_F(GroupValueToOkaValueTest, TimeOfDaySundayIsWeekday0AndNoDayIs7)
+TEST_F(GroupValueToOkaValue, TimeOfDaySundayIsWeekday0AndNoDayIs7)
 {
     ExpectDecodes(MakeGroupValue({0xF7, 0x3B, 0x3B}, 24), Packed(10, 1), TavTest::DayTimeValue(23, 59, 59, 0));
     ExpectDecodes(MakeGroupValue({0x00, 0x00, 0x00}, 24), Packed(10, 1), TavTest::DayTimeValue(0, 0, 0, 7));
 }
 
-TEST_F(GroupValueToOkaValueTest, TimeOfDayValueTypeIsTheMainTypesOne)
+TEST_F(GroupValueToOkaValue, TimeOfDayValueTypeIsTheMainTypesOne)
 {
     const auto decoded = Okaro::GroupValueToOkaValue(MakeGroupValue({0x2E, 0x1E, 0x0F}, 24), Packed(10, 1));
     ASSERT_TRUE(decoded.has_value());
@@ -316,7 +336,7 @@ TEST_F(GroupValueToOkaValueTest, TimeOfDayValueTypeIsTheMainTypesOne)
 
 // ---- date ------------------------------------------------------------------------------
 
-TEST_F(GroupValueToOkaValueTest, DateIsMidnightOfThatDay)
+TEST_F(GroupValueToOkaValue, DateIsMidnightOfThatDay)
 {
     ExpectDecodes(MakeGroupValue({0x0F, 0x03, 0x18}, 24), Packed(11, 1), TavTest::DateValue(2024, 3, 15));
     const auto decoded = Okaro::GroupValueToOkaValue(MakeGroupValue({0x0F, 0x03, 0x18}, 24), Packed(11, 1));
@@ -326,7 +346,7 @@ TEST_F(GroupValueToOkaValueTest, DateIsMidnightOfThatDay)
     EXPECT_EQ(decoded->numeric.time.hour, 0);
 }
 
-TEST_F(GroupValueToOkaValueTest, DateYearByteBoundaries)
+TEST_F(GroupValueToOkaValue, DateYearByteBoundaries)
 {
     ExpectDecodes(MakeGroupValue({0x0F, 0x06, 0x5F}, 24), Packed(11, 1), TavTest::DateValue(1995, 6, 15));
     ExpectDecodes(MakeGroupValue({0x01, 0x01, 0x5A}, 24), Packed(11, 1), TavTest::DateValue(1990, 1, 1));
@@ -334,14 +354,14 @@ TEST_F(GroupValueToOkaValueTest, DateYearByteBoundaries)
     ExpectDecodes(MakeGroupValue({0x01, 0x01, 0x00}, 24), Packed(11, 1), TavTest::DateValue(2000, 1, 1));
 }
 
-TEST_F(GroupValueToOkaValueTest, DatesAfter2038LimitArePresentWithoutType)
+TEST_F(GroupValueToOkaValue, DatesAfter2038LimitArePresentWithoutType)
 {
     ExpectDecodes(MakeGroupValue({0x13, 0x01, 0x26}, 24), Packed(11, 1), TavTest::DateValue(2038, 1, 19));
     ExpectDecodes(MakeGroupValue({0x14, 0x01, 0x26}, 24), Packed(11, 1), OKAVALUE());
     ExpectDecodes(MakeGroupValue({0x1F, 0x0C, 0x59}, 24), Packed(11, 1), OKAVALUE());
 }
 
-TEST_F(GroupValueToOkaValueTest, DateWithFourBytesIsRefused)
+TEST_F(GroupValueToOkaValue, DateWithFourBytesIsRefused)
 {
     TavTest::LogCapture capture;
     EXPECT_FALSE(
@@ -350,7 +370,7 @@ TEST_F(GroupValueToOkaValueTest, DateWithFourBytesIsRefused)
                                                     "the KNX: Length in bytes is 4, expected 3")));
 }
 
-TEST_F(GroupValueToOkaValueTest, DateWithYearByte100IsRefused)
+TEST_F(GroupValueToOkaValue, DateWithYearByte100IsRefused)
 {
     TavTest::LogCapture capture;
     EXPECT_FALSE(Okaro::GroupValueToOkaValue(MakeGroupValue({0x01, 0x01, 0x64}, 24), Packed(11, 1)).has_value());
@@ -358,7 +378,7 @@ TEST_F(GroupValueToOkaValueTest, DateWithYearByte100IsRefused)
                                                     "the KNX: Year 100 is out of range (0-99)")));
 }
 
-TEST_F(GroupValueToOkaValueTest, DateWithMonthZeroIsRefusedByTheCheck)
+TEST_F(GroupValueToOkaValue, DateWithMonthZeroIsRefusedByTheCheck)
 {
     TavTest::LogCapture capture;
     EXPECT_FALSE(Okaro::GroupValueToOkaValue(MakeGroupValue({0x01, 0x00, 0x18}, 24), Packed(11, 1)).has_value());
@@ -367,7 +387,7 @@ TEST_F(GroupValueToOkaValueTest, DateWithMonthZeroIsRefusedByTheCheck)
     EXPECT_EQ(lines.back(), Error("GroupValueToOkaValue - Received invalid value 01 00 18 for DPT 11.1"));
 }
 
-TEST_F(GroupValueToOkaValueTest, DateOf31AprilThrowsFromTheCalendar)
+TEST_F(GroupValueToOkaValue, DateOf31AprilThrowsFromTheCalendar)
 {
     TavTest::LogCapture capture;
     try
@@ -384,7 +404,7 @@ TEST_F(GroupValueToOkaValueTest, DateOf31AprilThrowsFromTheCalendar)
 
 // ---- date and time ---------------------------------------------------------------------
 
-TEST_F(GroupValueToOkaValueTest, DateTimeIsReadFromTheBytes)
+TEST_F(GroupValueToOkaValue, DateTimeIsReadFromTheBytes)
 {
     // Friday 2024-03-15 13:45:30 with the weekday bits and flags set; both are ignored.
     ExpectDecodes(MakeGroupValue({0x7C, 0x03, 0x0F, 0xAD, 0x2D, 0x1E, 0x20, 0x00}, 64), Packed(19, 1),
@@ -393,7 +413,7 @@ TEST_F(GroupValueToOkaValueTest, DateTimeIsReadFromTheBytes)
                   TavTest::DateTimeValue(2024, 3, 15, 13, 45, 30));
 }
 
-TEST_F(GroupValueToOkaValueTest, DateTimeOnASunday)
+TEST_F(GroupValueToOkaValue, DateTimeOnASunday)
 {
     const auto decoded = Okaro::GroupValueToOkaValue(
         MakeGroupValue({0x7C, 0x03, 0x11, 0xEA, 0x14, 0x1E, 0x20, 0x00}, 64), Packed(19, 1));
@@ -402,7 +422,7 @@ TEST_F(GroupValueToOkaValueTest, DateTimeOnASunday)
     EXPECT_EQ(decoded->numeric.time.weekday, 0);
 }
 
-TEST_F(GroupValueToOkaValueTest, DateTimeUpTo2038Limit)
+TEST_F(GroupValueToOkaValue, DateTimeUpTo2038Limit)
 {
     ExpectDecodes(MakeGroupValue({0x8A, 0x01, 0x13, 0x43, 0x0E, 0x07, 0x20, 0x00}, 64), Packed(19, 1),
                   TavTest::DateTimeValue(2038, 1, 19, 3, 14, 7));
@@ -410,7 +430,7 @@ TEST_F(GroupValueToOkaValueTest, DateTimeUpTo2038Limit)
     ExpectDecodes(MakeGroupValue({0x8B, 0x01, 0x01, 0x00, 0x00, 0x00, 0x20, 0x00}, 64), Packed(19, 1), OKAVALUE());
 }
 
-TEST_F(GroupValueToOkaValueTest, DateTimeInYear2100IsPresentWithoutType)
+TEST_F(GroupValueToOkaValue, DateTimeInYear2100IsPresentWithoutType)
 {
     TavTest::LogCapture capture;
     const auto decoded = Okaro::GroupValueToOkaValue(
@@ -421,14 +441,14 @@ TEST_F(GroupValueToOkaValueTest, DateTimeInYear2100IsPresentWithoutType)
     EXPECT_THAT(Reported(capture), IsEmpty());
 }
 
-TEST_F(GroupValueToOkaValueTest, DateTimeEarliestYear)
+TEST_F(GroupValueToOkaValue, DateTimeEarliestYear)
 {
     // Year byte 0 is 1900, before any 32-bit time_t: the fields are kept as they are.
     ExpectDecodes(MakeGroupValue({0x00, 0x01, 0x01, 0x00, 0x00, 0x00, 0x20, 0x00}, 64), Packed(19, 1),
                   TavTest::DateTimeValue(1900, 1, 1, 0, 0, 0));
 }
 
-TEST_F(GroupValueToOkaValueTest, DateTimeOf31AprilThrowsFromTheCalendar)
+TEST_F(GroupValueToOkaValue, DateTimeOf31AprilThrowsFromTheCalendar)
 {
     TavTest::LogCapture capture;
     try
@@ -444,7 +464,7 @@ TEST_F(GroupValueToOkaValueTest, DateTimeOf31AprilThrowsFromTheCalendar)
     EXPECT_THAT(Reported(capture), IsEmpty());
 }
 
-TEST_F(GroupValueToOkaValueTest, DateTimeWithMonthZeroIsRefusedByTheCheck)
+TEST_F(GroupValueToOkaValue, DateTimeWithMonthZeroIsRefusedByTheCheck)
 {
     TavTest::LogCapture capture;
     EXPECT_FALSE(Okaro::GroupValueToOkaValue(MakeGroupValue({0x7C, 0x00, 0x01, 0x00, 0x00, 0x00, 0x20, 0x00}, 64),
@@ -458,7 +478,7 @@ TEST_F(GroupValueToOkaValueTest, DateTimeWithMonthZeroIsRefusedByTheCheck)
 
 // ---- strings ---------------------------------------------------------------------------
 
-TEST_F(GroupValueToOkaValueTest, StringIsLatin1TurnedIntoUtf8)
+TEST_F(GroupValueToOkaValue, StringIsLatin1TurnedIntoUtf8)
 {
     ExpectDecodes(MakeGroupValue({0x47, 0x72, 0xFC, 0xDF, 0x65, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112), Packed(16, 1),
                   TavTest::StringValue("Gr\xC3\xBC\xC3\x9F" "e"));
@@ -467,7 +487,7 @@ TEST_F(GroupValueToOkaValueTest, StringIsLatin1TurnedIntoUtf8)
                   Packed(16, 0), TavTest::StringValue("abcdefghijklmn"));
 }
 
-TEST_F(GroupValueToOkaValueTest, AsciiStringKeepsCharactersTheCheckWouldDrop)
+TEST_F(GroupValueToOkaValue, AsciiStringKeepsCharactersTheCheckWouldDrop)
 {
     // The check only reports the non-ASCII character; the decoded text keeps it.
     TavTest::LogCapture capture;
@@ -482,7 +502,7 @@ TEST_F(GroupValueToOkaValueTest, AsciiStringKeepsCharactersTheCheckWouldDrop)
 
 // ---- packed number ---------------------------------------------------------------------
 
-TEST_F(GroupValueToOkaValueTest, OnlyTheLow32BitsOfThePackedNumberCount)
+TEST_F(GroupValueToOkaValue, OnlyTheLow32BitsOfThePackedNumberCount)
 {
     if (sizeof(unsigned long) <= 4)
     {
@@ -499,13 +519,13 @@ TEST_F(GroupValueToOkaValueTest, OnlyTheLow32BitsOfThePackedNumberCount)
 
 // ---- local time ------------------------------------------------------------------------
 
-class GroupValueToOkaValueLocalTimeTest : public TavTest::FixedTimeZoneTest
+class GroupValueToOkaValueInLocalTime : public TavTest::TimeZoneFixture
 {
 protected:
-    GroupValueToOkaValueLocalTimeTest() : FixedTimeZoneTest(TavTest::kCentralEuropeanZone) {}
+    GroupValueToOkaValueInLocalTime() : TimeZoneFixture(TavTest::kCentralEuropeanZone) {}
 };
 
-TEST_F(GroupValueToOkaValueLocalTimeTest, FieldsAreReadAsLocalSummerTime)
+TEST_F(GroupValueToOkaValueInLocalTime, FieldsAreReadAsLocalSummerTime)
 {
     const auto decoded = Okaro::GroupValueToOkaValue(
         MakeGroupValue({0x7C, 0x07, 0x01, 0x0C, 0x00, 0x00, 0x20, 0x00}, 64), Packed(19, 1));
@@ -515,7 +535,7 @@ TEST_F(GroupValueToOkaValueLocalTimeTest, FieldsAreReadAsLocalSummerTime)
     EXPECT_EQ(*decoded, expected);
 }
 
-TEST_F(GroupValueToOkaValueLocalTimeTest, FieldsAreReadAsLocalWinterTime)
+TEST_F(GroupValueToOkaValueInLocalTime, FieldsAreReadAsLocalWinterTime)
 {
     const auto decoded = Okaro::GroupValueToOkaValue(
         MakeGroupValue({0x7C, 0x01, 0x0F, 0x0C, 0x00, 0x00, 0x20, 0x00}, 64), Packed(19, 1));
@@ -523,7 +543,7 @@ TEST_F(GroupValueToOkaValueLocalTimeTest, FieldsAreReadAsLocalWinterTime)
     EXPECT_EQ(*decoded, TavTest::DateTimeValue(2024, 1, 15, 12, 0, 0));
 }
 
-TEST_F(GroupValueToOkaValueLocalTimeTest, HourSkippedBySpringChangeMovesAnHourOn)
+TEST_F(GroupValueToOkaValueInLocalTime, HourSkippedBySpringChangeMovesAnHourOn)
 {
     // 2024-03-31 02:30 does not exist in central Europe.
     const auto decoded = Okaro::GroupValueToOkaValue(
@@ -534,7 +554,7 @@ TEST_F(GroupValueToOkaValueLocalTimeTest, HourSkippedBySpringChangeMovesAnHourOn
     EXPECT_EQ(*decoded, expected) << decoded->ToString();
 }
 
-TEST_F(GroupValueToOkaValueLocalTimeTest, DateIsMidnightLocalTime)
+TEST_F(GroupValueToOkaValueInLocalTime, DateIsMidnightLocalTime)
 {
     const auto decoded = Okaro::GroupValueToOkaValue(MakeGroupValue({0x01, 0x07, 0x18}, 24), Packed(11, 1));
     ASSERT_TRUE(decoded.has_value());
@@ -564,14 +584,14 @@ protected:
     }
 };
 
-TEST_F(GroupValueToOkaValueTest, FastDecodeReportsNoDuration)
+TEST_F(GroupValueToOkaValue, FastDecodeReportsNoDuration)
 {
     TavTest::LogCapture capture;
     ASSERT_TRUE(Okaro::GroupValueToOkaValue(MakeGroupValue({0x0C, 0x1A}, 16), Packed(9, 1)).has_value());
     EXPECT_THAT(Reported(capture), IsEmpty());
 }
 
-TEST_F(GroupValueToOkaValueTest, SlowDecodeReportsItsDurationAtInfo)
+TEST_F(GroupValueToOkaValue, SlowDecodeReportsItsDurationAtInfo)
 {
     TavTest::LogCapture capture;
     log4cplus::SharedAppenderPtr stall(new StallingAppender);
@@ -587,7 +607,7 @@ TEST_F(GroupValueToOkaValueTest, SlowDecodeReportsItsDurationAtInfo)
                                                           "[0-9]+\\.[0-9]{6}s wall, .*CPU \\(.*%\\)"));
 }
 
-TEST_F(GroupValueToOkaValueTest, SlowDecodeEndingInACalendarErrorStillReportsItsDuration)
+TEST_F(GroupValueToOkaValue, SlowDecodeEndingInACalendarErrorStillReportsItsDuration)
 {
     TavTest::LogCapture capture;
     log4cplus::SharedAppenderPtr stall(new StallingAppender);

@@ -1,4 +1,5 @@
 #include "support/LogCapture.h"
+#include "support/Values.h"
 
 #include <platform/OkaValue.h>
 
@@ -13,6 +14,10 @@
 #include <string>
 #include <vector>
 
+using TavTest::DateTimeValue;
+using TavTest::FloatValue;
+using TavTest::StringValue;
+
 namespace
 {
 std::string Serialized(const OKAVALUE& value, bool internal)
@@ -23,29 +28,6 @@ std::string Serialized(const OKAVALUE& value, bool internal)
 }
 
 bool Read(const std::string& text, OKAVALUE& value) { return value.Deserialize(oka_string(text.data(), text.size())); }
-
-OKAVALUE Real(double real, OkaValueType type = ivtFloat, OkaDP::OkaValueSubType subType = OkaDP::istGeneric)
-{
-    OKAVALUE value(type, subType);
-    value.numeric.real = real;
-    return value;
-}
-
-OKAVALUE Text(const std::string& bytes)
-{
-    OKAVALUE value(ivtString);
-    value.text.assign(bytes.data(), bytes.size());
-    return value;
-}
-
-OKAVALUE Time(OkaValueType type, std::uint16_t year, std::uint8_t month, std::uint8_t day, std::uint8_t hour,
-              std::uint8_t minute, std::uint8_t second)
-{
-    OKAVALUE value(type);
-    value.numeric.time.Clear(true);
-    value.numeric.time.SetDateTime(year, month, day, hour, minute, second, true);
-    return value;
-}
 
 bool SameBits(double a, double b) { return std::memcmp(&a, &b, sizeof a) == 0; }
 
@@ -82,13 +64,13 @@ std::vector<OKAVALUE> Samples()
                             std::numeric_limits<double>::quiet_NaN()};
     for (double real : reals)
     {
-        samples.push_back(Real(real));
-        samples.push_back(Real(real, ivtFloat, OkaDP::istPhysicalQuantity));
-        samples.push_back(Real(real, static_cast<OkaValueType>(1039)));
+        samples.push_back(FloatValue(real));
+        samples.push_back(FloatValue(real, ivtFloat, OkaDP::istPhysicalQuantity));
+        samples.push_back(FloatValue(real, static_cast<OkaValueType>(1039)));
     }
     for (int type : {1005, 1036, 1037})
     {
-        samples.push_back(Real(42.25, static_cast<OkaValueType>(type), OkaDP::istDefaultValue));
+        samples.push_back(FloatValue(42.25, static_cast<OkaValueType>(type), OkaDP::istDefaultValue));
     }
 
     for (std::int32_t integer : {0, -1, 1, std::numeric_limits<std::int32_t>::min(), std::numeric_limits<std::int32_t>::max()})
@@ -125,21 +107,21 @@ std::vector<OKAVALUE> Samples()
         samples.push_back(value);
     }
 
-    samples.push_back(Text(""));
-    samples.push_back(Text("abc"));
-    samples.push_back(Text(std::string("zero\0byte", 9)));
-    samples.push_back(Text("100% sure, 5:3 /x"));
-    samples.push_back(Text("\x01\x1f\x7f\x80\xff"));
-    samples.push_back(Text("Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC"));
-    samples.push_back(Text("  leading and trailing  "));
-    samples.push_back(Text("\"quoted\";w=1"));
+    samples.push_back(StringValue(""));
+    samples.push_back(StringValue("abc"));
+    samples.push_back(StringValue(std::string("zero\0byte", 9)));
+    samples.push_back(StringValue("100% sure, 5:3 /x"));
+    samples.push_back(StringValue("\x01\x1f\x7f\x80\xff"));
+    samples.push_back(StringValue("Gr\xC3\xBC\xC3\x9F" "e \xE2\x82\xAC"));
+    samples.push_back(StringValue("  leading and trailing  "));
+    samples.push_back(StringValue("\"quoted\";w=1"));
     {
         std::string all;
         for (int c = 0; c < 256; ++c)
         {
             all += static_cast<char>(c);
         }
-        samples.push_back(Text(all));
+        samples.push_back(StringValue(all));
     }
     {
         OKAVALUE latin(ivtString, OkaDP::istLatin1Text);
@@ -149,10 +131,10 @@ std::vector<OKAVALUE> Samples()
 
     for (int type : {11, 12, 13, 15, 102, 104, 105, 201})
     {
-        samples.push_back(Time(static_cast<OkaValueType>(type), 2024, 5, 1, 12, 34, 56));
+        samples.push_back(DateTimeValue(2024, 5, 1, 12, 34, 56, static_cast<OkaValueType>(type)));
     }
-    samples.push_back(Time(ivtDateTime, 1900, 1, 1, 0, 0, 0));
-    samples.push_back(Time(ivtDate, 0, 0, 0, 0, 0, 0));
+    samples.push_back(DateTimeValue(1900, 1, 1, 0, 0, 0, ivtDateTime));
+    samples.push_back(DateTimeValue(0, 0, 0, 0, 0, 0, ivtDate));
     {
         OKAVALUE extreme(ivtDateTime, OkaDP::istDefaultValue);
         OKATIME& time = extreme.numeric.time;
@@ -222,36 +204,36 @@ TEST(OkaValueTextForm, DoublesReadBackBitForBit)
 
 TEST(OkaValueTextForm, DefaultFormWritesAPlainFloatBare)
 {
-    EXPECT_EQ(Serialized(Real(21.5), false), "21.5");
-    EXPECT_EQ(Serialized(Real(std::numeric_limits<double>::quiet_NaN()), false), "nan");
-    EXPECT_EQ(Serialized(Real(-std::numeric_limits<double>::quiet_NaN()), false), "nan");
-    EXPECT_EQ(Serialized(Real(std::numeric_limits<double>::infinity()), false), "inf");
-    EXPECT_EQ(Serialized(Real(-std::numeric_limits<double>::infinity()), false), "-inf");
-    EXPECT_EQ(Serialized(Real(-0.0), false), "-0");
-    EXPECT_EQ(Serialized(Real(21.5, ivtFloat, OkaDP::istPhysicalQuantity), false), "3/3003:21.5");
-    EXPECT_EQ(Serialized(Real(21.5, static_cast<OkaValueType>(1039)), false), "1039:21.5");
+    EXPECT_EQ(Serialized(FloatValue(21.5), false), "21.5");
+    EXPECT_EQ(Serialized(FloatValue(std::numeric_limits<double>::quiet_NaN()), false), "nan");
+    EXPECT_EQ(Serialized(FloatValue(-std::numeric_limits<double>::quiet_NaN()), false), "nan");
+    EXPECT_EQ(Serialized(FloatValue(std::numeric_limits<double>::infinity()), false), "inf");
+    EXPECT_EQ(Serialized(FloatValue(-std::numeric_limits<double>::infinity()), false), "-inf");
+    EXPECT_EQ(Serialized(FloatValue(-0.0), false), "-0");
+    EXPECT_EQ(Serialized(FloatValue(21.5, ivtFloat, OkaDP::istPhysicalQuantity), false), "3/3003:21.5");
+    EXPECT_EQ(Serialized(FloatValue(21.5, static_cast<OkaValueType>(1039)), false), "1039:21.5");
 }
 
 TEST(OkaValueTextForm, InternalFormTagsEveryType)
 {
-    EXPECT_EQ(Serialized(Real(std::numeric_limits<double>::quiet_NaN()), true), "3.7:nan");
-    EXPECT_EQ(Serialized(Real(21.5), true), "3.7:21.5");
-    EXPECT_EQ(Serialized(Real(21.5, ivtFloat, OkaDP::istPhysicalQuantity), true), "3.7/3003:21.5");
+    EXPECT_EQ(Serialized(FloatValue(std::numeric_limits<double>::quiet_NaN()), true), "3.7:nan");
+    EXPECT_EQ(Serialized(FloatValue(21.5), true), "3.7:21.5");
+    EXPECT_EQ(Serialized(FloatValue(21.5, ivtFloat, OkaDP::istPhysicalQuantity), true), "3.7/3003:21.5");
     EXPECT_EQ(Serialized(OKAVALUE(), true), "1.7:");
-    EXPECT_EQ(Serialized(Text("abc"), true), "10.7:abc");
+    EXPECT_EQ(Serialized(StringValue("abc"), true), "10.7:abc");
 }
 
 TEST(OkaValueTextForm, ShortestRoundTripDecimal)
 {
-    EXPECT_EQ(Serialized(Real(0.1), false), "0.1");
-    EXPECT_EQ(Serialized(Real(1.0 / 3.0), false), "0.3333333333333333");
-    EXPECT_EQ(Serialized(Real(1e100), false), "1e+100");
-    EXPECT_EQ(Serialized(Real(100000000.0), false), "1e+08");
-    EXPECT_EQ(Serialized(Real(-273.15), false), "-273.15");
-    EXPECT_EQ(Serialized(Real(DBL_MAX), false), "1.7976931348623157e+308");
-    EXPECT_EQ(Serialized(Real(std::numeric_limits<double>::denorm_min()), false), "5e-324");
-    EXPECT_EQ(Serialized(Real(2.2250738585072009e-308), false), "2.225073858507201e-308");
-    EXPECT_EQ(Serialized(Real(0.1 + 0.2), false), "0.30000000000000004");
+    EXPECT_EQ(Serialized(FloatValue(0.1), false), "0.1");
+    EXPECT_EQ(Serialized(FloatValue(1.0 / 3.0), false), "0.3333333333333333");
+    EXPECT_EQ(Serialized(FloatValue(1e100), false), "1e+100");
+    EXPECT_EQ(Serialized(FloatValue(100000000.0), false), "1e+08");
+    EXPECT_EQ(Serialized(FloatValue(-273.15), false), "-273.15");
+    EXPECT_EQ(Serialized(FloatValue(DBL_MAX), false), "1.7976931348623157e+308");
+    EXPECT_EQ(Serialized(FloatValue(std::numeric_limits<double>::denorm_min()), false), "5e-324");
+    EXPECT_EQ(Serialized(FloatValue(2.2250738585072009e-308), false), "2.225073858507201e-308");
+    EXPECT_EQ(Serialized(FloatValue(0.1 + 0.2), false), "0.30000000000000004");
 }
 
 TEST(OkaValueTextForm, PayloadOfEachFamily)
@@ -274,9 +256,9 @@ TEST(OkaValueTextForm, PayloadOfEachFamily)
     value.Reset(ivtDWord);
     value.numeric.dword = 4294967295u;
     EXPECT_EQ(Serialized(value, false), "8:4294967295");
-    EXPECT_EQ(Serialized(Text(std::string("a%b\0c\x7f\xc3\xa9", 8)), false), "10:a%25b%00c%7F\xc3\xa9");
-    EXPECT_EQ(Serialized(Time(ivtDate, 2024, 5, 1, 0, 0, 0), false), "11:2024-05-01T00:00:00.00;w=3;k=0;l=1;d=0");
-    EXPECT_EQ(Serialized(Time(ivtDate, 5, 1, 2, 3, 4, 5), false), "11:0005-01-02T03:04:05.00;w=0;k=0;l=1;d=0");
+    EXPECT_EQ(Serialized(StringValue(std::string("a%b\0c\x7f\xc3\xa9", 8)), false), "10:a%25b%00c%7F\xc3\xa9");
+    EXPECT_EQ(Serialized(DateTimeValue(2024, 5, 1, 0, 0, 0, ivtDate), false), "11:2024-05-01T00:00:00.00;w=3;k=0;l=1;d=0");
+    EXPECT_EQ(Serialized(DateTimeValue(5, 1, 2, 3, 4, 5, ivtDate), false), "11:0005-01-02T03:04:05.00;w=0;k=0;l=1;d=0");
     EXPECT_EQ(Serialized(OKAVALUE::DefaultDayTime(), false), "15/2:2000-01-01T00:00:00.00;w=7;k=1;l=0;d=0");
 
     OKAVALUE raw(static_cast<OkaValueType>(9));
@@ -290,14 +272,14 @@ TEST(OkaValueTextForm, ReadsHandWrittenTexts)
 {
     OKAVALUE value;
     ASSERT_TRUE(Read("21.5", value));
-    EXPECT_EQ(value, Real(21.5));
+    EXPECT_EQ(value, FloatValue(21.5));
     ASSERT_TRUE(Read("-1e-3", value));
-    EXPECT_EQ(value, Real(-0.001));
+    EXPECT_EQ(value, FloatValue(-0.001));
     ASSERT_TRUE(Read("3.7:nan", value));
     EXPECT_EQ(value.type, ivtFloat);
     EXPECT_TRUE(std::isnan(value.numeric.real));
     ASSERT_TRUE(Read("-inf", value));
-    EXPECT_EQ(value, Real(-std::numeric_limits<double>::infinity()));
+    EXPECT_EQ(value, FloatValue(-std::numeric_limits<double>::infinity()));
     ASSERT_TRUE(Read("2:1", value));
     EXPECT_TRUE(value.numeric.boolean);
     ASSERT_TRUE(Read("2.7/2001:0", value));
@@ -433,11 +415,11 @@ TEST(OkaValueTextForm, DoesNotDependOnTheProcessLocale)
     {
         GTEST_SKIP() << "no locale with a decimal comma installed";
     }
-    const std::string text = Serialized(Real(21.5), false);
+    const std::string text = Serialized(FloatValue(21.5), false);
     OKAVALUE back;
     const bool read = Read("-273.15", back);
     std::setlocale(LC_NUMERIC, previous.c_str());
     EXPECT_EQ(text, "21.5");
     ASSERT_TRUE(read);
-    EXPECT_EQ(back, Real(-273.15));
+    EXPECT_EQ(back, FloatValue(-273.15));
 }

@@ -1,3 +1,5 @@
+#include "support/GroupValues.h"
+
 #include <platform/BinaryData.h>
 #include <platform/GroupValue.h>
 
@@ -8,14 +10,10 @@
 
 using KnxStack::BinaryData;
 using KnxStack::GroupValueException;
+using TavTest::MakeBinaryData;
 
 namespace
 {
-BinaryData Bytes(std::vector<unsigned char> bytes)
-{
-    return BinaryData(bytes.data(), static_cast<unsigned int>(bytes.size()));
-}
-
 template <typename Call>
 std::string ExceptionText(Call call)
 {
@@ -50,24 +48,24 @@ TEST(BinaryData, ConstructionCopiesTheBytes)
 
 TEST(BinaryData, ToStringIsLowerCaseHexPairsSeparatedByBlanks)
 {
-    EXPECT_EQ(Bytes({0x0c, 0x1a}).ToString(), "0c 1a");
-    EXPECT_EQ(Bytes({0x00}).ToString(), "00");
-    EXPECT_EQ(Bytes({0xAB, 0xcd, 0xEF, 0x09}).ToString(), "ab cd ef 09");
+    EXPECT_EQ(MakeBinaryData({0x0c, 0x1a}).ToString(), "0c 1a");
+    EXPECT_EQ(MakeBinaryData({0x00}).ToString(), "00");
+    EXPECT_EQ(MakeBinaryData({0xAB, 0xcd, 0xEF, 0x09}).ToString(), "ab cd ef 09");
 }
 
 TEST(BinaryData, MultiByteReadsAreMostSignificantByteFirst)
 {
-    const BinaryData data = Bytes({0x01, 0x02, 0x03, 0x04, 0x05});
+    const BinaryData data = MakeBinaryData({0x01, 0x02, 0x03, 0x04, 0x05});
     EXPECT_EQ(data.GetUInt24Value(0), 0x010203u);
     EXPECT_EQ(data.GetUInt24Value(2), 0x030405u);
     EXPECT_EQ(data.GetUInt32Value(0), 0x01020304u);
     EXPECT_EQ(data.GetUInt32Value(1), 0x02030405u);
-    EXPECT_EQ(Bytes({0xff, 0xff, 0xff, 0xff}).GetUInt32Value(0), 0xffffffffu);
+    EXPECT_EQ(MakeBinaryData({0xff, 0xff, 0xff, 0xff}).GetUInt32Value(0), 0xffffffffu);
 }
 
 TEST(BinaryData, ReadsPastTheEndThrowWithAccessorAndByteCounts)
 {
-    const BinaryData data = Bytes({0x01, 0x02, 0x03});
+    const BinaryData data = MakeBinaryData({0x01, 0x02, 0x03});
     EXPECT_EQ(ExceptionText([&] { data.GetUInt8Value(3); }), "GetUInt8Value: needs 4 bytes, has 3");
     EXPECT_EQ(ExceptionText([&] { data.GetUInt24Value(1); }), "GetUInt24Value: needs 4 bytes, has 3");
     EXPECT_EQ(ExceptionText([&] { data.GetUInt32Value(0); }), "GetUInt32Value: needs 4 bytes, has 3");
@@ -76,14 +74,14 @@ TEST(BinaryData, ReadsPastTheEndThrowWithAccessorAndByteCounts)
 
 TEST(BinaryData, AnOffsetNearTheTopOfTheRangeDoesNotWrapAround)
 {
-    const BinaryData data = Bytes({0x01, 0x02, 0x03});
+    const BinaryData data = MakeBinaryData({0x01, 0x02, 0x03});
     EXPECT_EQ(ExceptionText([&] { data.GetUInt32Value(0xffffffffu); }),
               "GetUInt32Value: needs 4294967299 bytes, has 3");
 }
 
 TEST(BinaryData, SetUInt8ValueOverwritesOrGrowsWithZeros)
 {
-    BinaryData data = Bytes({0x01, 0x02});
+    BinaryData data = MakeBinaryData({0x01, 0x02});
     data.SetUInt8Value(1, 0x7f);
     EXPECT_EQ(data.ToString(), "01 7f");
     data.SetUInt8Value(4, 0x80);
@@ -92,7 +90,7 @@ TEST(BinaryData, SetUInt8ValueOverwritesOrGrowsWithZeros)
 
 TEST(BinaryData, ResizeAddsZerosOrCuts)
 {
-    BinaryData data = Bytes({0x01, 0x02});
+    BinaryData data = MakeBinaryData({0x01, 0x02});
     data.Resize(3);
     EXPECT_EQ(data.ToString(), "01 02 00");
     data.Resize(1);
@@ -101,7 +99,7 @@ TEST(BinaryData, ResizeAddsZerosOrCuts)
 
 TEST(BinaryData, EqualityComparesTheBytes)
 {
-    EXPECT_EQ(Bytes({0x01, 0x02}), Bytes({0x01, 0x02}));
-    EXPECT_NE(Bytes({0x01, 0x02}), Bytes({0x01}));
-    EXPECT_NE(Bytes({0x01, 0x02}), Bytes({0x01, 0x03}));
+    EXPECT_EQ(MakeBinaryData({0x01, 0x02}), MakeBinaryData({0x01, 0x02}));
+    EXPECT_NE(MakeBinaryData({0x01, 0x02}), MakeBinaryData({0x01}));
+    EXPECT_NE(MakeBinaryData({0x01, 0x02}), MakeBinaryData({0x01, 0x03}));
 }

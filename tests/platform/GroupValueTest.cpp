@@ -1,3 +1,5 @@
+#include "support/GroupValues.h"
+
 #include <platform/GroupValue.h>
 
 #include <gtest/gtest.h>
@@ -12,20 +14,12 @@
 using KnxStack::BinaryData;
 using KnxStack::GroupValue;
 using KnxStack::GroupValueException;
+using TavTest::MakeBinaryData;
+using TavTest::MakeGroupValue;
 using DayOfWeek = KnxStack::GroupValue::DayOfWeek;
 
 namespace
 {
-BinaryData Bytes(std::vector<unsigned char> bytes)
-{
-    return BinaryData(bytes.data(), static_cast<unsigned int>(bytes.size()));
-}
-
-GroupValue FromBytes(std::vector<unsigned char> bytes, unsigned int definedSize)
-{
-    return GroupValue(Bytes(std::move(bytes)), definedSize);
-}
-
 std::string Hex(const GroupValue& value) { return value.GetRawData().ToString(); }
 
 std::string ExceptionText(const std::function<void()>& call)
@@ -51,15 +45,15 @@ TEST(GroupValue, DefaultHasNoBytesAndSizeZero)
 
 TEST(GroupValue, ConstructionKeepsEveryByteAndTheGivenSize)
 {
-    const GroupValue value = FromBytes({0x01, 0x02, 0x03}, 6);
+    const GroupValue value = MakeGroupValue({0x01, 0x02, 0x03}, 6);
     EXPECT_EQ(value.GetDefinedSize(), 6u);
     EXPECT_EQ(Hex(value), "01 02 03");
 }
 
 TEST(GroupValue, SetRawDataTakesEightBitsAByte)
 {
-    GroupValue value = FromBytes({0x01}, 1);
-    value.SetRawData(Bytes({0x0c, 0x1a, 0x00}));
+    GroupValue value = MakeGroupValue({0x01}, 1);
+    value.SetRawData(MakeBinaryData({0x0c, 0x1a, 0x00}));
     EXPECT_EQ(value.GetDefinedSize(), 24u);
     EXPECT_EQ(Hex(value), "0c 1a 00");
     value.SetRawData(BinaryData());
@@ -68,9 +62,9 @@ TEST(GroupValue, SetRawDataTakesEightBitsAByte)
 
 TEST(GroupValue, EqualityComparesBytesAndSize)
 {
-    EXPECT_EQ(FromBytes({0x01}, 1), FromBytes({0x01}, 1));
-    EXPECT_NE(FromBytes({0x01}, 1), FromBytes({0x01}, 8));
-    EXPECT_NE(FromBytes({0x01}, 8), FromBytes({0x02}, 8));
+    EXPECT_EQ(MakeGroupValue({0x01}, 1), MakeGroupValue({0x01}, 1));
+    EXPECT_NE(MakeGroupValue({0x01}, 1), MakeGroupValue({0x01}, 8));
+    EXPECT_NE(MakeGroupValue({0x01}, 8), MakeGroupValue({0x02}, 8));
 }
 
 TEST(GroupValue, Boolean)
@@ -84,8 +78,8 @@ TEST(GroupValue, Boolean)
     EXPECT_EQ(Hex(value), "00");
     EXPECT_FALSE(value.GetAsBoolean());
     // Only bit 0 counts.
-    EXPECT_FALSE(FromBytes({0xfe}, 8).GetAsBoolean());
-    EXPECT_TRUE(FromBytes({0x03}, 8).GetAsBoolean());
+    EXPECT_FALSE(MakeGroupValue({0xfe}, 8).GetAsBoolean());
+    EXPECT_TRUE(MakeGroupValue({0x03}, 8).GetAsBoolean());
 }
 
 TEST(GroupValue, Unsigned2PlainForm)
@@ -119,15 +113,15 @@ TEST(GroupValue, Unsigned2MasksOtherBits)
     GroupValue value;
     value.SetAsUnsigned2(0x0d);  // 1101: bit 1 clear, bit 0 set
     EXPECT_EQ(Hex(value), "01");
-    EXPECT_EQ(FromBytes({0xff}, 8).GetAsUnsigned2(), 3);
-    EXPECT_EQ(FromBytes({0xfd}, 8).GetAsUnsigned2(), 1);
+    EXPECT_EQ(MakeGroupValue({0xff}, 8).GetAsUnsigned2(), 3);
+    EXPECT_EQ(MakeGroupValue({0xfd}, 8).GetAsUnsigned2(), 1);
 }
 
 TEST(GroupValue, Unsigned3ReadsTheLowThreeBits)
 {
-    EXPECT_EQ(FromBytes({0x0d}, 4).GetAsUnsigned3(), 5);
-    EXPECT_EQ(FromBytes({0xff}, 8).GetAsUnsigned3(), 7);
-    EXPECT_EQ(FromBytes({0x08}, 8).GetAsUnsigned3(), 0);
+    EXPECT_EQ(MakeGroupValue({0x0d}, 4).GetAsUnsigned3(), 5);
+    EXPECT_EQ(MakeGroupValue({0xff}, 8).GetAsUnsigned3(), 7);
+    EXPECT_EQ(MakeGroupValue({0x08}, 8).GetAsUnsigned3(), 0);
 }
 
 TEST(GroupValue, Unsigned4)
@@ -141,12 +135,12 @@ TEST(GroupValue, Unsigned4)
     EXPECT_EQ(Hex(value), "07");
     value.SetAsUnsigned4(0x0f);
     EXPECT_EQ(value.GetAsUnsigned4(), 0x0f);
-    EXPECT_EQ(FromBytes({0xf9}, 8).GetAsUnsigned4(), 9);
+    EXPECT_EQ(MakeGroupValue({0xf9}, 8).GetAsUnsigned4(), 9);
 }
 
 TEST(GroupValue, ShortValuesFromTheBusReadWithSizeSix)
 {
-    const GroupValue value = FromBytes({0x05}, 6);
+    const GroupValue value = MakeGroupValue({0x05}, 6);
     EXPECT_TRUE(value.GetAsBoolean());
     EXPECT_EQ(value.GetAsUnsigned2(), 1);
     EXPECT_EQ(value.GetAsUnsigned3(), 5);
@@ -162,7 +156,7 @@ TEST(GroupValue, Unsigned8)
     value.SetAsUnsigned8(255);
     EXPECT_EQ(Hex(value), "ff");
     EXPECT_EQ(value.GetAsUnsigned8(), 255);
-    EXPECT_EQ(FromBytes({0x80}, 8).GetAsUnsigned8(), 0x80);
+    EXPECT_EQ(MakeGroupValue({0x80}, 8).GetAsUnsigned8(), 0x80);
 }
 
 TEST(GroupValue, Signed8)
@@ -179,8 +173,8 @@ TEST(GroupValue, Signed8)
     EXPECT_EQ(Hex(value), "ff");
     EXPECT_EQ(value.GetAsSigned8(), -1);
     // Sign extension from any 8-bit value, whatever produced it.
-    EXPECT_EQ(FromBytes({0xfe}, 8).GetAsSigned8(), -2);
-    EXPECT_EQ(FromBytes({0x00}, 8).GetAsSigned8(), 0);
+    EXPECT_EQ(MakeGroupValue({0xfe}, 8).GetAsSigned8(), -2);
+    EXPECT_EQ(MakeGroupValue({0x00}, 8).GetAsSigned8(), 0);
 }
 
 TEST(GroupValue, Char)
@@ -261,7 +255,7 @@ TEST(GroupValue, Float16)
     EXPECT_EQ(value.GetDefinedSize(), 16u);
     EXPECT_EQ(value.GetAsFloat16(), 21.5);
     // 0x0C1A: E=1, M=1050 -> 21.00.
-    EXPECT_EQ(FromBytes({0x0c, 0x1a}, 16).GetAsFloat16(), 21.0);
+    EXPECT_EQ(MakeGroupValue({0x0c, 0x1a}, 16).GetAsFloat16(), 21.0);
     // -30 -> -1500 * 2^1: M=0xA24 -> 0x8A24.
     value.SetAsFloat16(-30.0);
     EXPECT_EQ(Hex(value), "8a 24");
@@ -317,7 +311,7 @@ TEST(GroupValue, Float32IsIeeeSingleBigEndian)
     EXPECT_EQ(Hex(value), "ff 7f ff ff");
     value.SetAsFloat32(std::numeric_limits<float>::infinity());
     EXPECT_EQ(Hex(value), "7f 80 00 00");
-    EXPECT_TRUE(std::isnan(FromBytes({0x7f, 0xc0, 0x00, 0x00}, 32).GetAsFloat32()));
+    EXPECT_TRUE(std::isnan(MakeGroupValue({0x7f, 0xc0, 0x00, 0x00}, 32).GetAsFloat32()));
 }
 
 TEST(GroupValue, TimeOfDay)
@@ -349,7 +343,7 @@ TEST(GroupValue, TimeOfDayMasksItsFields)
     EXPECT_EQ(Hex(value), "a1 00 01");
     int hour = -1, minute = -1, second = -1;
     DayOfWeek day = DayOfWeek::NoDay;
-    FromBytes({0xff, 0xff, 0xff}, 24).GetAsTimeOfDay(&hour, &minute, &second, &day);
+    MakeGroupValue({0xff, 0xff, 0xff}, 24).GetAsTimeOfDay(&hour, &minute, &second, &day);
     EXPECT_EQ(hour, 31);
     EXPECT_EQ(minute, 63);
     EXPECT_EQ(second, 63);
@@ -389,7 +383,7 @@ TEST(GroupValue, DateYearByteMapping)
 {
     const auto yearOf = [](unsigned char yearByte) {
         int day = 0, month = 0, year = 0;
-        FromBytes({0x01, 0x01, yearByte}, 24).GetAsDate(&day, &month, &year);
+        MakeGroupValue({0x01, 0x01, yearByte}, 24).GetAsDate(&day, &month, &year);
         return year;
     };
     EXPECT_EQ(yearOf(0), 2000);
@@ -404,7 +398,7 @@ TEST(GroupValue, DateYearByteMapping)
 TEST(GroupValue, DateReadsOnlyTheFirstThreeBytesWithMasks)
 {
     int day = 0, month = 0, year = 0;
-    FromBytes({0xff, 0xff, 0x05, 0x42}, 32).GetAsDate(&day, &month, &year);
+    MakeGroupValue({0xff, 0xff, 0x05, 0x42}, 32).GetAsDate(&day, &month, &year);
     EXPECT_EQ(day, 31);
     EXPECT_EQ(month, 15);
     EXPECT_EQ(year, 2005);
@@ -435,9 +429,9 @@ TEST(GroupValue, String14CutsAtFourteenBytes)
 TEST(GroupValue, String14ReadsAtMostFourteenBytesUpToTheFirstZero)
 {
     std::vector<unsigned char> bytes(16, 'x');
-    EXPECT_EQ(FromBytes(bytes, 128).GetAsString14(), "xxxxxxxxxxxxxx");
+    EXPECT_EQ(MakeGroupValue(bytes, 128).GetAsString14(), "xxxxxxxxxxxxxx");
     bytes[3] = 0;
-    EXPECT_EQ(FromBytes(bytes, 128).GetAsString14(), "xxx");
+    EXPECT_EQ(MakeGroupValue(bytes, 128).GetAsString14(), "xxx");
 }
 
 TEST(GroupValue, GettersThrowOnTruncatedData)
@@ -450,23 +444,23 @@ TEST(GroupValue, GettersThrowOnTruncatedData)
     EXPECT_EQ(ExceptionText([&] { empty.GetAsUnsigned8(); }), "GetAsUnsigned8: needs 1 bytes, has 0");
     EXPECT_EQ(ExceptionText([&] { empty.GetAsSigned8(); }), "GetAsSigned8: needs 1 bytes, has 0");
 
-    const GroupValue one = FromBytes({0x0c}, 16);
+    const GroupValue one = MakeGroupValue({0x0c}, 16);
     EXPECT_EQ(ExceptionText([&] { one.GetAsUnsigned16(); }), "GetAsUnsigned16: needs 2 bytes, has 1");
     EXPECT_EQ(ExceptionText([&] { one.GetAsSigned16(); }), "GetAsSigned16: needs 2 bytes, has 1");
     EXPECT_EQ(ExceptionText([&] { one.GetAsFloat16(); }), "GetAsFloat16: needs 2 bytes, has 1");
 
-    const GroupValue three = FromBytes({0x01, 0x02, 0x03}, 32);
+    const GroupValue three = MakeGroupValue({0x01, 0x02, 0x03}, 32);
     EXPECT_EQ(ExceptionText([&] { three.GetAsUnsigned32(); }), "GetAsUnsigned32: needs 4 bytes, has 3");
     EXPECT_EQ(ExceptionText([&] { three.GetAsSigned32(); }), "GetAsSigned32: needs 4 bytes, has 3");
     EXPECT_EQ(ExceptionText([&] { three.GetAsFloat32(); }), "GetAsFloat32: needs 4 bytes, has 3");
 
-    const GroupValue two = FromBytes({0x01, 0x02}, 24);
+    const GroupValue two = MakeGroupValue({0x01, 0x02}, 24);
     int a = 0, b = 0, c = 0;
     DayOfWeek day = DayOfWeek::NoDay;
     EXPECT_EQ(ExceptionText([&] { two.GetAsDate(&a, &b, &c); }), "GetAsDate: needs 3 bytes, has 2");
     EXPECT_EQ(ExceptionText([&] { two.GetAsTimeOfDay(&a, &b, &c, &day); }), "GetAsTimeOfDay: needs 3 bytes, has 2");
 
-    const GroupValue thirteen = FromBytes(std::vector<unsigned char>(13, 'a'), 104);
+    const GroupValue thirteen = MakeGroupValue(std::vector<unsigned char>(13, 'a'), 104);
     EXPECT_EQ(ExceptionText([&] { thirteen.GetAsString14(); }), "GetAsString14: needs 14 bytes, has 13");
 }
 
@@ -474,13 +468,13 @@ TEST(GroupValue, GettersIgnoreTheDefinedSize)
 {
     // The bytes decide, not the declared bits: a value claiming 8 bits with more bytes
     // still reads its wider encodings, and an 8-bit value reads the narrow ones.
-    const GroupValue value = FromBytes({0x0c, 0x33, 0x00, 0x01}, 8);
+    const GroupValue value = MakeGroupValue({0x0c, 0x33, 0x00, 0x01}, 8);
     EXPECT_EQ(value.GetAsUnsigned16(), 0x0c33);
     EXPECT_EQ(value.GetAsFloat16(), 21.5);
     EXPECT_EQ(value.GetAsUnsigned32(), 0x0c330001u);
-    EXPECT_EQ(FromBytes({0x0e}, 8).GetAsUnsigned2(), 2);
-    EXPECT_EQ(FromBytes({0x0e}, 8).GetAsUnsigned3(), 6);
-    EXPECT_EQ(FromBytes({0x81}, 1).GetAsSigned8(), -127);
+    EXPECT_EQ(MakeGroupValue({0x0e}, 8).GetAsUnsigned2(), 2);
+    EXPECT_EQ(MakeGroupValue({0x0e}, 8).GetAsUnsigned3(), 6);
+    EXPECT_EQ(MakeGroupValue({0x81}, 1).GetAsSigned8(), -127);
 }
 
 TEST(GroupValue, SettersReplaceEarlierBytes)

@@ -42,8 +42,8 @@ std::vector<RoundTrip> AgreeingDpts()
         {"Unsigned8_255", Packed(5, 1), TavTest::ByteValue(255)},
         {"SignedRelative_Minus1", Packed(6, 10), TavTest::ByteValue(0xFF)},
         {"SignedRelative_Minus128", Packed(6, 1), TavTest::ByteValue(0x80)},
-        {"Unsigned16_0", Packed(7, 1), TavTest::WordValue(0)},
-        {"Unsigned16_65535", Packed(7, 1), TavTest::WordValue(65535)},
+        {"Unsigned16_0", Packed(7, 1), TavTest::WideWordValue(0)},
+        {"Unsigned16_65535", Packed(7, 1), TavTest::WideWordValue(65535)},
         {"Signed16_Min", Packed(8, 1), TavTest::IntegerValue(-32768)},
         {"Signed16_Max", Packed(8, 1), TavTest::IntegerValue(32767)},
         {"Float16_21", Packed(9, 1), TavTest::FloatValue(21.0)},
@@ -70,21 +70,21 @@ std::vector<RoundTrip> AgreeingDpts()
         {"DateTime_Last2038Second", Packed(19, 1), TavTest::DateTimeValue(2038, 1, 19, 3, 14, 7)},
         {"Enum8_20", Packed(20, 1), TavTest::ByteValue(5)},
         {"Bitset8_21", Packed(21, 1), TavTest::ByteValue(0xA5)},
-        {"Bitset16_22", Packed(22, 1), TavTest::WordValue(0x1234)},
+        {"Bitset16_22", Packed(22, 1), TavTest::WideWordValue(0x1234)},
         {"SceneInfo_26", Packed(26, 1), TavTest::ByteValue(0x40)},
         {"Combined_27", Packed(27, 1), TavTest::DWordValue(0xFFFF0000)},
-        {"Word_217", Packed(217, 1), TavTest::WordValue(0x1234)},
-        {"Word_234", Packed(234, 1), TavTest::WordValue(0x5A5A)},
-        {"Word_237", Packed(237, 600), TavTest::WordValue(0xFFFF)},
+        {"Word_217", Packed(217, 1), TavTest::WideWordValue(0x1234)},
+        {"Word_234", Packed(234, 1), TavTest::WideWordValue(0x5A5A)},
+        {"Word_237", Packed(237, 600), TavTest::WideWordValue(0xFFFF)},
         {"Byte_238", Packed(238, 600), TavTest::ByteValue(0x7F)},
     };
 }
 
-class GroupValueRoundTripTest : public TavTest::FixedTimeZoneTest, public ::testing::WithParamInterface<RoundTrip>
+class GroupValueOkaValueRoundTrip : public TavTest::TimeZoneFixture, public ::testing::WithParamInterface<RoundTrip>
 {
 };
 
-TEST_P(GroupValueRoundTripTest, EncodeThenDecodeGivesTheValueBack)
+TEST_P(GroupValueOkaValueRoundTrip, EncodeThenDecodeGivesTheValueBack)
 {
     const RoundTrip& trip = GetParam();
     const auto encoded = Okaro::OkaValueToGroupValue(trip.value, trip.dpt);
@@ -94,15 +94,16 @@ TEST_P(GroupValueRoundTripTest, EncodeThenDecodeGivesTheValueBack)
     EXPECT_EQ(*decoded, trip.value) << decoded->ToString() << " instead of " << trip.value.ToString();
 }
 
-INSTANTIATE_TEST_SUITE_P(AgreeingDpts, GroupValueRoundTripTest, ::testing::ValuesIn(AgreeingDpts()),
+INSTANTIATE_TEST_SUITE_P(AgreeingDpts, GroupValueOkaValueRoundTrip, ::testing::ValuesIn(AgreeingDpts()),
                          [](const ::testing::TestParamInfo<RoundTrip>& info) { return info.param.name; });
 
-TEST(GroupValueRoundTripTimeZone, DateTimeComesBackInAnyLocalZone)
+TEST(GroupValueOkaValueRoundTripTimeZone, DateTimeComesBackInAnyLocalZone)
 {
+    const TavTest::ScopedTimeZone restoredAfterwards("UTC0");
     for (const char* zone : {"UTC0", TavTest::kCentralEuropeanZone, "EST5EDT,M3.2.0,M11.1.0"})
     {
         SCOPED_TRACE(zone);
-        TavTest::FixedTimeZoneTest::UseZone(zone);
+        TavTest::ScopedTimeZone::Use(zone);
         const OKAVALUE value = TavTest::DateTimeValue(2024, 1, 15, 12, 0, 0);
         const auto encoded = Okaro::OkaValueToGroupValue(value, Packed(19, 1));
         ASSERT_TRUE(encoded.has_value());
@@ -110,17 +111,15 @@ TEST(GroupValueRoundTripTimeZone, DateTimeComesBackInAnyLocalZone)
         ASSERT_TRUE(decoded.has_value());
         EXPECT_EQ(*decoded, value);
     }
-    unsetenv("TZ");
-    tzset();
 }
 
 // ---- where the two directions deliberately disagree ------------------------------------
 
-class GroupValueAsymmetryTest : public TavTest::FixedTimeZoneTest
+class GroupValueOkaValueAsymmetry : public TavTest::TimeZoneFixture
 {
 };
 
-TEST_F(GroupValueAsymmetryTest, TwoBitEnumIsSentWithTwoBitsButCheckedAsEightBits)
+TEST_F(GroupValueOkaValueAsymmetry, TwoBitEnumIsSentWithTwoBitsButCheckedAsEightBits)
 {
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::ByteValue(2), Packed(23, 1));
     ASSERT_TRUE(encoded.has_value());
@@ -133,7 +132,7 @@ TEST_F(GroupValueAsymmetryTest, TwoBitEnumIsSentWithTwoBitsButCheckedAsEightBits
                             Error("GroupValueToOkaValue - Received invalid value 02 for DPT 23.1")));
 }
 
-TEST_F(GroupValueAsymmetryTest, TwentyFourBitIsSentAsThreeBytesButReadAsFour)
+TEST_F(GroupValueOkaValueAsymmetry, TwentyFourBitIsSentAsThreeBytesButReadAsFour)
 {
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::DWordValue(16744512), Packed(232, 600));
     ASSERT_TRUE(encoded.has_value());
@@ -143,20 +142,20 @@ TEST_F(GroupValueAsymmetryTest, TwentyFourBitIsSentAsThreeBytesButReadAsFour)
                 ElementsAre(Error("GroupValueToOkaValue - Received invalid value ff 80 40 for DPT 232.600")));
 }
 
-TEST_F(GroupValueAsymmetryTest, ThreeBitIsDecodedButNotEncoded)
+TEST_F(GroupValueOkaValueAsymmetry, ThreeBitIsDecodedButNotEncoded)
 {
     EXPECT_TRUE(Okaro::GroupValueToOkaValue(TavTest::MakeGroupValue({0x05}, 3), Packed(31, 1)).has_value());
     EXPECT_FALSE(Okaro::OkaValueToGroupValue(TavTest::ByteValue(5), Packed(31, 1)).has_value());
 }
 
-TEST_F(GroupValueAsymmetryTest, CharacterIsNeitherDecodedNorEncoded)
+TEST_F(GroupValueOkaValueAsymmetry, CharacterIsNeitherDecodedNorEncoded)
 {
     EXPECT_FALSE(Okaro::GroupValueToOkaValue(TavTest::MakeGroupValue({0x41}, 8), Packed(4, 1)).has_value());
     EXPECT_FALSE(Okaro::OkaValueToGroupValue(OKAVALUE(), Packed(4, 1)).has_value());
     EXPECT_FALSE(Okaro::OkaValueToGroupValue(TavTest::StringValue("A"), Packed(4, 1)).has_value());
 }
 
-TEST_F(GroupValueAsymmetryTest, SceneNumberIsRangeCheckedOnlyWhenSending)
+TEST_F(GroupValueOkaValueAsymmetry, SceneNumberIsRangeCheckedOnlyWhenSending)
 {
     EXPECT_FALSE(Okaro::OkaValueToGroupValue(TavTest::ByteValue(64), Packed(17, 1)).has_value());
     // Received, the byte would pass the plain 8-bit branch; the validity check stops it.
@@ -168,17 +167,17 @@ TEST_F(GroupValueAsymmetryTest, SceneNumberIsRangeCheckedOnlyWhenSending)
                             Error("GroupValueToOkaValue - Received invalid value bf for DPT 17.1")));
 }
 
-TEST_F(GroupValueAsymmetryTest, OutOfRangeSixteenBitValuesComeBackClamped)
+TEST_F(GroupValueOkaValueAsymmetry, OutOfRangeSixteenBitValuesComeBackClamped)
 {
-    const auto word = Okaro::OkaValueToGroupValue(TavTest::WordValue(70000), Packed(7, 1));
+    const auto word = Okaro::OkaValueToGroupValue(TavTest::WideWordValue(70000), Packed(7, 1));
     ASSERT_TRUE(word.has_value());
-    EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*word, Packed(7, 1))), TavTest::WordValue(65535));
+    EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*word, Packed(7, 1))), TavTest::WideWordValue(65535));
     const auto integer = Okaro::OkaValueToGroupValue(TavTest::IntegerValue(-40000), Packed(8, 1));
     ASSERT_TRUE(integer.has_value());
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*integer, Packed(8, 1))), TavTest::IntegerValue(-32768));
 }
 
-TEST_F(GroupValueAsymmetryTest, SixteenBitFloatLosesPrecisionAndInfinityIsNotSent)
+TEST_F(GroupValueOkaValueAsymmetry, SixteenBitFloatLosesPrecisionAndInfinityIsNotSent)
 {
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::FloatValue(21.013), Packed(9, 1));
     ASSERT_TRUE(encoded.has_value());
@@ -191,7 +190,7 @@ TEST_F(GroupValueAsymmetryTest, SixteenBitFloatLosesPrecisionAndInfinityIsNotSen
                      .has_value());
 }
 
-TEST_F(GroupValueAsymmetryTest, SixteenBitFloatNaNComesBackAsNaN)
+TEST_F(GroupValueOkaValueAsymmetry, SixteenBitFloatNaNComesBackAsNaN)
 {
     // Agrees, but NaN never compares equal, so it is not in the list above.
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::FloatValue(std::nan("")), Packed(9, 1));
@@ -204,7 +203,7 @@ TEST_F(GroupValueAsymmetryTest, SixteenBitFloatNaNComesBackAsNaN)
     EXPECT_TRUE(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL).empty());
 }
 
-TEST_F(GroupValueAsymmetryTest, ThirtyTwoBitFloatIsNarrowedToSinglePrecision)
+TEST_F(GroupValueOkaValueAsymmetry, ThirtyTwoBitFloatIsNarrowedToSinglePrecision)
 {
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::FloatValue(0.1), Packed(14, 0));
     ASSERT_TRUE(encoded.has_value());
@@ -212,7 +211,7 @@ TEST_F(GroupValueAsymmetryTest, ThirtyTwoBitFloatIsNarrowedToSinglePrecision)
               TavTest::FloatValue(static_cast<double>(0.1f)));
 }
 
-TEST_F(GroupValueAsymmetryTest, StringLosesCharactersOutsideLatin1AndBeyond14Bytes)
+TEST_F(GroupValueOkaValueAsymmetry, StringLosesCharactersOutsideLatin1AndBeyond14Bytes)
 {
     const auto euro = Okaro::OkaValueToGroupValue(TavTest::StringValue("\xE2\x82\xAC" "5"), Packed(16, 1));
     ASSERT_TRUE(euro.has_value());
@@ -222,7 +221,7 @@ TEST_F(GroupValueAsymmetryTest, StringLosesCharactersOutsideLatin1AndBeyond14Byt
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*longText, Packed(16, 1))), TavTest::StringValue("abcdefghijklmn"));
 }
 
-TEST_F(GroupValueAsymmetryTest, DateOutsideTheKnxCenturyComesBackInIt)
+TEST_F(GroupValueOkaValueAsymmetry, DateOutsideTheKnxCenturyComesBackInIt)
 {
     const auto encoded = Okaro::OkaValueToGroupValue(TavTest::DateValue(1989, 6, 1), Packed(11, 1));
     ASSERT_TRUE(encoded.has_value());
@@ -232,7 +231,7 @@ TEST_F(GroupValueAsymmetryTest, DateOutsideTheKnxCenturyComesBackInIt)
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*early, Packed(11, 1))), TavTest::DateValue(2030, 6, 1));
 }
 
-TEST_F(GroupValueAsymmetryTest, DatesAndTimesAfter2038ComeBackWithoutType)
+TEST_F(GroupValueOkaValueAsymmetry, DatesAndTimesAfter2038ComeBackWithoutType)
 {
     const auto date = Okaro::OkaValueToGroupValue(TavTest::DateValue(2050, 1, 1), Packed(11, 1));
     ASSERT_TRUE(date.has_value());
@@ -242,7 +241,7 @@ TEST_F(GroupValueAsymmetryTest, DatesAndTimesAfter2038ComeBackWithoutType)
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*dateTime, Packed(19, 1))), OKAVALUE());
 }
 
-TEST_F(GroupValueAsymmetryTest, TimeOfDayComesBackWithPlaceholderDate)
+TEST_F(GroupValueOkaValueAsymmetry, TimeOfDayComesBackWithPlaceholderDate)
 {
     OKAVALUE value = TavTest::DayTimeValue(8, 15, 0, 3);
     value.numeric.time.year = 2024;
@@ -254,7 +253,7 @@ TEST_F(GroupValueAsymmetryTest, TimeOfDayComesBackWithPlaceholderDate)
     EXPECT_EQ(TavTest::ValueOrInvalid(Okaro::GroupValueToOkaValue(*encoded, Packed(10, 1))), TavTest::DayTimeValue(8, 15, 0, 3));
 }
 
-TEST_F(GroupValueAsymmetryTest, MainsWithTypeButNoBranchAreDecodedEmptyAndNotEncoded)
+TEST_F(GroupValueOkaValueAsymmetry, MainsWithTypeButNoBranchAreDecodedEmptyAndNotEncoded)
 {
     for (const std::uint16_t main : {25, 30})
     {

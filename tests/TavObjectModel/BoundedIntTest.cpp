@@ -6,26 +6,26 @@
 
 using Okaro::LogicalDeviceId;
 
-TEST(BoundedIntTest, AcceptsBothLogicalDevices)
+TEST(BoundedInt, AcceptsBothLogicalDevices)
 {
     EXPECT_EQ(LogicalDeviceId(1).Get(), 1);
     EXPECT_EQ(LogicalDeviceId(2).Get(), 2);
 }
 
-TEST(BoundedIntTest, RefusesValuesOutsideTheRange)
+TEST(BoundedInt, RefusesValuesOutsideTheRange)
 {
     EXPECT_THROW(LogicalDeviceId(0), std::out_of_range);
     EXPECT_THROW(LogicalDeviceId(3), std::out_of_range);
     EXPECT_THROW(LogicalDeviceId(-1), std::out_of_range);
 }
 
-TEST(BoundedIntTest, ComparesByValue)
+TEST(BoundedInt, ComparesByValue)
 {
     EXPECT_EQ(LogicalDeviceId(1), LogicalDeviceId(1));
     EXPECT_NE(LogicalDeviceId(1), LogicalDeviceId(2));
 }
 
-TEST(BoundedIntTest, OtherRangesUseTheirOwnBounds)
+TEST(BoundedInt, OtherRangesUseTheirOwnBounds)
 {
     struct PercentTag
     {

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(UmbrellaHeader, GivesTheLibraryAndThePlatform)
+TEST(TavObjectModel, GivesTheLibraryAndThePlatform)
 {
     Okaro::KnxValueConverter converter;
     EXPECT_TRUE(converter.Init());

@@ -1,3 +1,5 @@
+#include "support/ScopedTimeZone.h"
+
 #include <TavObjectModel/KnxLdsMapping.h>
 #include <TavObjectModel/MainTypeInfoTable.h>
 #include <platform/OkaValue.h>
@@ -6,14 +8,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdlib>
-#include <ctime>
 #include <functional>
 #include <string>
 
 using Okaro::KnxLdsMapping;
 using Okaro::MainTypeInfo;
-using Okaro::MainTypeInfoTable;
 
 namespace
 {
@@ -76,14 +75,12 @@ const ExpectedRow kExpectedRows[] = {
 };
 
 // The date rows are built from local time; fix the zone so the texts do not depend on the host.
-class MainTypeTable : public ::testing::Test
+// In one anonymous namespace with its tests, the fixture hides the class it tests, which is
+// written Okaro::MainTypeInfoTable.
+class MainTypeInfoTable : public TavTest::TimeZoneFixture
 {
 protected:
-    void SetUp() override
-    {
-        setenv("TZ", "UTC", 1);
-        tzset();
-    }
+    MainTypeInfoTable() : TimeZoneFixture("UTC") {}
 };
 
 std::uint32_t Packed(std::uint32_t mainType, std::uint32_t subType) { return mainType << 16 | subType; }
@@ -92,11 +89,10 @@ std::string Text(const boost::optional<std::string>& text) { return text ? *text
 
 // Looked up while the test program's own statics are built, before main.
 const std::string kIvtNameDuringStaticInit = KnxLdsMapping::GetIvtFromMainType(9);
-} // namespace
 
-TEST_F(MainTypeTable, HasExactlyTheExpectedRows)
+TEST_F(MainTypeInfoTable, HasExactlyTheExpectedRows)
 {
-    const MainTypeInfoTable& table = MainTypeInfoTable::Instance();
+    const Okaro::MainTypeInfoTable& table = Okaro::MainTypeInfoTable::Instance();
     EXPECT_EQ(table.Size(), 43u);
     EXPECT_EQ(sizeof kExpectedRows / sizeof kExpectedRows[0], 43u);
     for (const ExpectedRow& row : kExpectedRows)
@@ -108,63 +104,67 @@ TEST_F(MainTypeTable, HasExactlyTheExpectedRows)
     }
 }
 
-TEST_F(MainTypeTable, NamesOfEveryRow)
+// One row of the table: the lookups of KnxLdsMapping agree with it.
+class MainTypeInfoTableRow : public TavTest::TimeZoneFixture, public ::testing::WithParamInterface<ExpectedRow>
 {
-    for (const ExpectedRow& row : kExpectedRows)
+protected:
+    MainTypeInfoTableRow() : TimeZoneFixture("UTC") {}
+};
+
+TEST_P(MainTypeInfoTableRow, HasTheNamesOfItsTypes)
+{
+    const ExpectedRow& row = GetParam();
+    EXPECT_EQ(KnxLdsMapping::GetIvtFromMainType(row.mainType), row.ivtName) << row.mainType;
+    EXPECT_EQ(KnxLdsMapping::GetIstFromMainType(row.mainType), row.istName) << row.mainType;
+}
+
+TEST_P(MainTypeInfoTableRow, GivesItsValueTypeFromAPackedDpt)
+{
+    const ExpectedRow& row = GetParam();
+    EXPECT_EQ(static_cast<int>(KnxLdsMapping::GetIvtFromDpt(Packed(row.mainType, 0))), row.ivt) << row.mainType;
+    EXPECT_EQ(static_cast<int>(KnxLdsMapping::GetIvtFromDpt(Packed(row.mainType, 1))), row.ivt) << row.mainType;
+    EXPECT_EQ(static_cast<int>(KnxLdsMapping::GetIvtFromDpt(Packed(row.mainType, 0xFFFF))), row.ivt)
+        << row.mainType;
+}
+
+TEST_P(MainTypeInfoTableRow, GivesItsDefaultValueInBothTextForms)
+{
+    const ExpectedRow& row = GetParam();
+    for (std::uint32_t sub : {0u, 1u, 0xFFFFu})
     {
-        EXPECT_EQ(KnxLdsMapping::GetIvtFromMainType(row.mainType), row.ivtName) << row.mainType;
-        EXPECT_EQ(KnxLdsMapping::GetIstFromMainType(row.mainType), row.istName) << row.mainType;
+        EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(Packed(row.mainType, sub), false)), row.defaultForm)
+            << row.mainType << "." << sub;
+        EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(Packed(row.mainType, sub), true)), row.internalForm)
+            << row.mainType << "." << sub;
     }
 }
 
-TEST_F(MainTypeTable, ValueTypeOfEveryRowFromAPackedDpt)
+TEST_P(MainTypeInfoTableRow, DefaultValueReadsBackWithItsTypeAndSubType)
 {
-    for (const ExpectedRow& row : kExpectedRows)
+    const ExpectedRow& row = GetParam();
+    for (bool internal : {false, true})
     {
-        EXPECT_EQ(static_cast<int>(KnxLdsMapping::GetIvtFromDpt(Packed(row.mainType, 0))), row.ivt) << row.mainType;
-        EXPECT_EQ(static_cast<int>(KnxLdsMapping::GetIvtFromDpt(Packed(row.mainType, 1))), row.ivt) << row.mainType;
-        EXPECT_EQ(static_cast<int>(KnxLdsMapping::GetIvtFromDpt(Packed(row.mainType, 0xFFFF))), row.ivt)
-            << row.mainType;
+        const boost::optional<std::string> text = KnxLdsMapping::GetDefaultValueFromDpt(Packed(row.mainType, 1), internal);
+        ASSERT_TRUE(text) << row.mainType;
+        OKAVALUE value;
+        ASSERT_TRUE(value.Deserialize(oka_string(text->c_str()))) << *text;
+        EXPECT_EQ(static_cast<int>(value.type), row.ivt) << *text;
+        EXPECT_EQ(static_cast<int>(value.subType), row.ivt == ivtEmpty ? 0 : 2) << *text;
     }
 }
 
-TEST_F(MainTypeTable, DefaultValueOfEveryRowInBothTextForms)
-{
-    for (const ExpectedRow& row : kExpectedRows)
-    {
-        for (std::uint32_t sub : {0u, 1u, 0xFFFFu})
-        {
-            EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(Packed(row.mainType, sub), false)), row.defaultForm)
-                << row.mainType << "." << sub;
-            EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(Packed(row.mainType, sub), true)), row.internalForm)
-                << row.mainType << "." << sub;
-        }
-    }
-}
+INSTANTIATE_TEST_SUITE_P(EveryMainType, MainTypeInfoTableRow, ::testing::ValuesIn(kExpectedRows),
+                         [](const ::testing::TestParamInfo<ExpectedRow>& info) {
+                             return "Main" + std::to_string(info.param.mainType);
+                         });
 
-TEST_F(MainTypeTable, DefaultValuesReadBackWithTheirTypeAndSubType)
-{
-    for (const ExpectedRow& row : kExpectedRows)
-    {
-        for (bool internal : {false, true})
-        {
-            const boost::optional<std::string> text = KnxLdsMapping::GetDefaultValueFromDpt(Packed(row.mainType, 1), internal);
-            ASSERT_TRUE(text) << row.mainType;
-            OKAVALUE value;
-            ASSERT_TRUE(value.Deserialize(oka_string(text->c_str()))) << *text;
-            EXPECT_EQ(static_cast<int>(value.type), row.ivt) << *text;
-            EXPECT_EQ(static_cast<int>(value.subType), row.ivt == ivtEmpty ? 0 : 2) << *text;
-        }
-    }
-}
-
-TEST_F(MainTypeTable, UnknownMainTypesHaveNoRow)
+TEST_F(MainTypeInfoTable, UnknownMainTypesHaveNoRow)
 {
     for (unsigned long mainType : {0ul, 32ul, 199ul, 203ul, 233ul, 239ul, 65535ul, 65536ul})
     {
         EXPECT_EQ(KnxLdsMapping::GetIvtFromMainType(mainType), "Empty") << mainType;
         EXPECT_EQ(KnxLdsMapping::GetIstFromMainType(mainType), "Generic") << mainType;
-        EXPECT_EQ(MainTypeInfoTable::Instance().Find(static_cast<std::uint32_t>(mainType)), nullptr) << mainType;
+        EXPECT_EQ(Okaro::MainTypeInfoTable::Instance().Find(static_cast<std::uint32_t>(mainType)), nullptr) << mainType;
     }
     EXPECT_EQ(KnxLdsMapping::GetIvtFromDpt(0), ivtEmpty);
     EXPECT_EQ(KnxLdsMapping::GetIvtFromDpt(Packed(32, 1)), ivtEmpty);
@@ -176,7 +176,7 @@ TEST_F(MainTypeTable, UnknownMainTypesHaveNoRow)
     EXPECT_FALSE(KnxLdsMapping::GetDefaultValueFromDpt(0xFFFFFFFFul, true));
 }
 
-TEST_F(MainTypeTable, StatusWithModeHasItsOwnDefaultValue)
+TEST_F(MainTypeInfoTable, StatusWithModeHasItsOwnDefaultValue)
 {
     EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(0x60014, false)), "6/2:1");
     EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(0x60014, true)), "6.7/2:1");
@@ -184,13 +184,13 @@ TEST_F(MainTypeTable, StatusWithModeHasItsOwnDefaultValue)
     EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(0x60013, false)), "6/2:0");
     EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(0x60015, false)), "6/2:0");
     EXPECT_EQ(Text(KnxLdsMapping::GetDefaultValueFromDpt(0x60000, false)), "6/2:0");
-    EXPECT_EQ(MainTypeInfoTable::Instance().Find(6)->defaultValue(ivtByte).numeric.byte, 0);
+    EXPECT_EQ(Okaro::MainTypeInfoTable::Instance().Find(6)->defaultValue(ivtByte).numeric.byte, 0);
 }
 
-TEST_F(MainTypeTable, StatusWithModeNeverCallsTheFactory)
+TEST_F(MainTypeInfoTable, StatusWithModeNeverCallsTheFactory)
 {
     int calls = 0;
-    MainTypeInfoTable table;
+    Okaro::MainTypeInfoTable table;
     table.Add(6, MainTypeInfo{ivtByte, OkaDP::istSignedRelative, [&calls](OkaValueType type) {
                                   ++calls;
                                   return OKAVALUE(type, OkaDP::istDefaultValue);
@@ -209,16 +209,16 @@ TEST_F(MainTypeTable, StatusWithModeNeverCallsTheFactory)
     EXPECT_EQ(calls, 1);
 }
 
-TEST_F(MainTypeTable, StatusWithModeNeedsTheRowOfMainType6)
+TEST_F(MainTypeInfoTable, StatusWithModeNeedsTheRowOfMainType6)
 {
-    MainTypeInfoTable table;
+    Okaro::MainTypeInfoTable table;
     table.Add(5, MainTypeInfo{ivtByte, OkaDP::istGeneric, [](OkaValueType type) { return OKAVALUE(type); }});
     EXPECT_FALSE(table.DefaultValueForDpt(0x60014));
 }
 
-TEST_F(MainTypeTable, AMissingFactoryThrows)
+TEST_F(MainTypeInfoTable, AMissingFactoryThrows)
 {
-    MainTypeInfoTable table;
+    Okaro::MainTypeInfoTable table;
     table.Add(7, MainTypeInfo{ivtWord, OkaDP::istGeneric, Okaro::DefaultValueFactory()});
     EXPECT_THROW(table.DefaultValueForDpt(Packed(7, 1)), std::bad_function_call);
     // 6.020 does not reach the factory, so an empty one does no harm there.
@@ -226,10 +226,10 @@ TEST_F(MainTypeTable, AMissingFactoryThrows)
     EXPECT_TRUE(table.DefaultValueForDpt(0x60014));
 }
 
-TEST_F(MainTypeTable, FactoryIsHandedTheRowsValueType)
+TEST_F(MainTypeInfoTable, FactoryIsHandedTheRowsValueType)
 {
     OkaValueType handed = ivtEmpty;
-    MainTypeInfoTable table;
+    Okaro::MainTypeInfoTable table;
     table.Add(11, MainTypeInfo{ivtDate, OkaDP::istGeneric, [&handed](OkaValueType type) {
                                    handed = type;
                                    return OKAVALUE(type);
@@ -238,27 +238,27 @@ TEST_F(MainTypeTable, FactoryIsHandedTheRowsValueType)
     EXPECT_EQ(handed, ivtDate);
 }
 
-TEST_F(MainTypeTable, EmptyTableHasNoRows)
+TEST_F(MainTypeInfoTable, EmptyTableHasNoRows)
 {
-    const MainTypeInfoTable table;
+    const Okaro::MainTypeInfoTable table;
     EXPECT_EQ(table.Size(), 0u);
     EXPECT_EQ(table.Find(1), nullptr);
     EXPECT_FALSE(table.DefaultValueForDpt(Packed(1, 1)));
     EXPECT_FALSE(table.DefaultValueForDpt(0x60014));
 }
 
-TEST_F(MainTypeTable, PlainFactoriesKeepTheirTypeWhateverTheyAreHanded)
+TEST_F(MainTypeInfoTable, PlainFactoriesKeepTheirTypeWhateverTheyAreHanded)
 {
-    const MainTypeInfoTable& table = MainTypeInfoTable::Instance();
+    const Okaro::MainTypeInfoTable& table = Okaro::MainTypeInfoTable::Instance();
     EXPECT_EQ(table.Find(2)->defaultValue(ivtWord).type, ivtByte);
     EXPECT_EQ(table.Find(16)->defaultValue(ivtByte).type, ivtString);
     EXPECT_EQ(table.Find(4)->defaultValue(ivtByte).type, ivtEmpty);
     EXPECT_EQ(table.Find(234)->defaultValue(ivtByte).type, ivtWord);
 }
 
-TEST_F(MainTypeTable, PayloadsOfTheDefaultValues)
+TEST_F(MainTypeInfoTable, PayloadsOfTheDefaultValues)
 {
-    const MainTypeInfoTable& table = MainTypeInfoTable::Instance();
+    const Okaro::MainTypeInfoTable& table = Okaro::MainTypeInfoTable::Instance();
 
     const OKAVALUE word = *table.DefaultValueForDpt(Packed(7, 1));
     EXPECT_EQ(word.numeric.dword, 0u);
@@ -299,7 +299,7 @@ TEST_F(MainTypeTable, PayloadsOfTheDefaultValues)
     EXPECT_EQ(*table.DefaultValueForDpt(Packed(10, 1)), OKAVALUE::DefaultDayTime());
 }
 
-TEST_F(MainTypeTable, PackedDptIsReadAsIts32BitValue)
+TEST_F(MainTypeInfoTable, PackedDptIsReadAsIts32BitValue)
 {
     if (sizeof(unsigned long) <= 4)
     {
@@ -312,7 +312,8 @@ TEST_F(MainTypeTable, PackedDptIsReadAsIts32BitValue)
     EXPECT_EQ(KnxLdsMapping::GetIvtFromMainType(above32Bits | 9ul), "Float");
 }
 
-TEST_F(MainTypeTable, UsableFromAnotherStaticInitialiser)
+TEST_F(MainTypeInfoTable, UsableFromAnotherStaticInitialiser)
 {
     EXPECT_EQ(kIvtNameDuringStaticInit, "Float");
 }
+} // namespace

@@ -1,5 +1,6 @@
-#include "support/GroupValueBytes.h"
+#include "support/GroupValues.h"
 #include "support/LogCapture.h"
+#include "support/Values.h"
 
 #include <TavObjectModel/KnxValueConverter.h>
 
@@ -9,6 +10,7 @@
 #include <array>
 #include <cstring>
 #include <map>
+#include <ostream>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -24,56 +26,6 @@ using ::testing::IsEmpty;
 
 namespace
 {
-
-OKAVALUE MakeFloat(double x)
-{
-    OKAVALUE value(ivtFloat);
-    value.numeric.real = x;
-    return value;
-}
-
-OKAVALUE MakeInteger(std::int32_t i)
-{
-    OKAVALUE value(ivtInteger);
-    value.numeric.integer = i;
-    return value;
-}
-
-OKAVALUE MakeByte(std::uint8_t b)
-{
-    OKAVALUE value(ivtByte);
-    value.numeric.byte = b;
-    return value;
-}
-
-OKAVALUE MakeBool(bool b)
-{
-    OKAVALUE value(ivtBool);
-    value.numeric.boolean = b;
-    return value;
-}
-
-OKAVALUE MakeWord(std::uint16_t w)
-{
-    OKAVALUE value(ivtWord);
-    value.numeric.word = w;
-    return value;
-}
-
-OKAVALUE MakeDWord(std::uint32_t d)
-{
-    OKAVALUE value(ivtDWord);
-    value.numeric.dword = d;
-    return value;
-}
-
-OKAVALUE MakeString(const char* text)
-{
-    OKAVALUE value(ivtString);
-    value.text.assign(text);
-    return value;
-}
-
 // Time of day with a Monday weekday (value model numbering: 0 = Sunday).
 OKAVALUE MakeTimeValue(OkaValueType type)
 {
@@ -86,22 +38,6 @@ OKAVALUE MakeTimeValue(OkaValueType type)
     value.numeric.time.minute = 30;
     value.numeric.time.second = 15;
     value.numeric.time.weekday = 1;
-    return value;
-}
-
-OKAVALUE MakeDateValue()
-{
-    OKAVALUE value(ivtDate);
-    value.numeric.time.Clear(true);
-    value.numeric.time.SetDate(2024, 3, 21, true);
-    return value;
-}
-
-OKAVALUE MakeDateTimeValue()
-{
-    OKAVALUE value(ivtDateTime);
-    value.numeric.time.Clear(true);
-    value.numeric.time.SetDateTime(2024, 3, 21, 12, 30, 15, true);
     return value;
 }
 
@@ -363,39 +299,54 @@ TEST(KnxValueConverterTable, HoldsFiftyThreeEntriesUnderTwentySevenMainNumbers)
     EXPECT_THAT(mainNumbers, ElementsAreArray(std::vector<std::uint16_t>{
                                  1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20, 21, 23, 26,
                                  27, 232, 236, 238}));
+    // The rows the parameterised test below checks, one per entry.
+    ASSERT_EQ(kExpectedRows.size(), 53u);
 }
 
-TEST(KnxValueConverterTable, EveryRowHasItsSizeTypesConverterAndRange)
+namespace
 {
-    ASSERT_EQ(kExpectedRows.size(), 53u);
+void PrintTo(const ExpectedRow& row, std::ostream* out) { *out << DptName(row.mainNumber, row.subNumber); }
+
+// One row of the standard table.
+class KnxValueConverterTableRow : public ::testing::TestWithParam<ExpectedRow>
+{
+};
+} // namespace
+
+TEST_P(KnxValueConverterTableRow, HasItsSizeTypesConverterAndRange)
+{
+    const ExpectedRow& row = GetParam();
     const KnxValueConverter converter;
     const DptValueMap& map = converter.GetDptValueMap();
-    for (const ExpectedRow& row : kExpectedRows)
+    ASSERT_EQ(map.GetEntries().count(row.mainNumber), 1u);
+    ASSERT_EQ(map.GetEntries().at(row.mainNumber).count(row.subNumber), 1u);
+    const DptValueEntry& entry = map.GetEntries().at(row.mainNumber).at(row.subNumber);
+    EXPECT_EQ(entry.GetDpt().size, row.bits);
+    EXPECT_EQ(entry.GetDpt().main, row.mainNumber);
+    EXPECT_EQ(entry.GetDpt().sub, row.subNumber);
+    EXPECT_EQ(entry.GetValueType(), row.valueType);
+    EXPECT_EQ(entry.GetValueSubType(), row.subType);
+    ASSERT_NE(entry.GetConverter(), nullptr);
+    const KnxConverter& actual = *entry.GetConverter();
+    EXPECT_EQ(std::type_index(typeid(actual)), row.converter);
+    const RangeInfo range = RangeOf(entry.GetConverter());
+    EXPECT_EQ(range.present, row.printedRange[0] != '\0');
+    if (range.present)
     {
-        SCOPED_TRACE(DptName(row.mainNumber, row.subNumber));
-        ASSERT_EQ(map.GetEntries().count(row.mainNumber), 1u);
-        ASSERT_EQ(map.GetEntries().at(row.mainNumber).count(row.subNumber), 1u);
-        const DptValueEntry& entry = map.GetEntries().at(row.mainNumber).at(row.subNumber);
-        EXPECT_EQ(entry.GetDpt().size, row.bits);
-        EXPECT_EQ(entry.GetDpt().main, row.mainNumber);
-        EXPECT_EQ(entry.GetDpt().sub, row.subNumber);
-        EXPECT_EQ(entry.GetValueType(), row.valueType);
-        EXPECT_EQ(entry.GetValueSubType(), row.subType);
-        ASSERT_NE(entry.GetConverter(), nullptr);
-        EXPECT_EQ(std::type_index(typeid(*entry.GetConverter())), row.converter);
-        const RangeInfo range = RangeOf(entry.GetConverter());
-        EXPECT_EQ(range.present, row.printedRange[0] != '\0');
-        if (range.present)
+        EXPECT_EQ(range.printed, row.printedRange);
+        for (std::size_t i = 0; i < 4; ++i)
         {
-            EXPECT_EQ(range.printed, row.printedRange);
-            for (std::size_t i = 0; i < 4; ++i)
-            {
-                EXPECT_EQ(range.bounds[i], row.bounds[i]) << "bound " << i;
-            }
-            EXPECT_DOUBLE_EQ(range.scale, row.scale);
+            EXPECT_EQ(range.bounds[i], row.bounds[i]) << "bound " << i;
         }
+        EXPECT_DOUBLE_EQ(range.scale, row.scale);
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(StandardTable, KnxValueConverterTableRow, ::testing::ValuesIn(kExpectedRows),
+                         [](const ::testing::TestParamInfo<ExpectedRow>& info) {
+                             return "Dpt" + std::to_string(info.param.mainNumber) + "_" +
+                                    std::to_string(info.param.subNumber);
+                         });
 
 TEST(KnxValueConverterTable, ConvertersAreNotSharedBetweenEntriesOrObjects)
 {
@@ -447,7 +398,8 @@ TEST(KnxValueConverterTable, AddedEntryOwnsACloneAndTheFirstRegistrationWins)
     EXPECT_EQ(entry.GetConverter(), stored);
     EXPECT_EQ(entry.GetDpt().size, 8);
     EXPECT_EQ(entry.GetValueType(), ivtByte);
-    EXPECT_EQ(typeid(*converter.GetEntry(KNXDPT{16, 9, 1}).GetConverter()), typeid(KnxConverterFloat16BitFloat));
+    const KnxConverter& floatConverter = *converter.GetEntry(KNXDPT{16, 9, 1}).GetConverter();
+    EXPECT_EQ(typeid(floatConverter), typeid(KnxConverterFloat16BitFloat));
     EXPECT_EQ(converter.GetDptValueMap().GetEntryCount(), 54u);
 }
 
@@ -476,7 +428,8 @@ TEST(KnxValueConverterLookup, UnknownMainNumberLogsAndGivesTheEmptyRecord)
     LogCapture capture;
     const DptValueEntry& entry = converter.GetEntry(KNXDPT{16, 22, 1});
     EXPECT_EQ(entry.GetValueType(), ivtEmpty);
-    EXPECT_EQ(typeid(*entry.GetConverter()), typeid(KnxConverterDefault));
+    const KnxConverter& defaultConverter = *entry.GetConverter();
+    EXPECT_EQ(typeid(defaultConverter), typeid(KnxConverterDefault));
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 22.1")));
 }
 
@@ -621,12 +574,12 @@ TEST(KnxValueConverterDefaults, ForEveryValueTypeAndGivenSize)
 TEST(KnxValueConverterDefaults, FloatWith32BitsAndStringWith112BitsKeepTheirOddSizes)
 {
     KNXDPT floatDpt{32, 0, 0};
-    EXPECT_TRUE(KnxValueConverter::GetDefaultMappingDptForValueType(floatDpt, MakeFloat(1.0)));
+    EXPECT_TRUE(KnxValueConverter::GetDefaultMappingDptForValueType(floatDpt, FloatValue(1.0)));
     EXPECT_EQ(floatDpt.size, 16);
     EXPECT_EQ(floatDpt.main, 14);
     EXPECT_EQ(floatDpt.sub, 0);
     KNXDPT stringDpt{112, 0, 0};
-    EXPECT_TRUE(KnxValueConverter::GetDefaultMappingDptForValueType(stringDpt, MakeString("x")));
+    EXPECT_TRUE(KnxValueConverter::GetDefaultMappingDptForValueType(stringDpt, StringValue("x")));
     EXPECT_EQ(stringDpt.size, 8);
     EXPECT_EQ(stringDpt.main, 16);
     EXPECT_EQ(stringDpt.sub, 0);
@@ -803,7 +756,7 @@ TEST(KnxValueConverterFromKnx, MainNumbers24And28AcceptAnySize)
 TEST(KnxValueConverterFromKnx, MainNumberWithoutEntryIsAcceptedWithoutSizeCheck)
 {
     KnxValueConverter converter;
-    OKAVALUE value = MakeFloat(5.5);
+    OKAVALUE value = FloatValue(5.5);
     LogCapture capture;
     EXPECT_TRUE(converter.FromKnxValue(KNXDPT{16, 22, 1}, MakeGroupValue({0x12, 0x34}, 16), value));
     EXPECT_EQ(value.type, ivtEmpty);
@@ -886,7 +839,7 @@ TEST(KnxValueConverterFromKnx, OtherExceptionsPassThrough)
     EXPECT_THROW(converter.FromKnxValue(KNXDPT{16, 7, 51}, MakeGroupValue({0x12, 0x34}, 16), value),
                  std::runtime_error);
     KnxStack::GroupValue groupValue;
-    EXPECT_THROW(converter.ToKnxValue(KNXDPT{16, 7, 51}, MakeWord(1), groupValue), std::runtime_error);
+    EXPECT_THROW(converter.ToKnxValue(KNXDPT{16, 7, 51}, WordValue(1), groupValue), std::runtime_error);
 }
 
 // ====================================================================== ToKnxValue
@@ -896,7 +849,7 @@ TEST(KnxValueConverterToKnx, IntegerOnThirteenOneSucceeds)
     KnxValueConverter converter;
     KnxStack::GroupValue groupValue;
     LogCapture capture;
-    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{32, 13, 1}, MakeInteger(-2), groupValue));
+    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{32, 13, 1}, IntegerValue(-2), groupValue));
     EXPECT_EQ(BytesOf(groupValue), Bytes({0xFF, 0xFF, 0xFF, 0xFE}));
     EXPECT_EQ(groupValue.GetDefinedSize(), 32u);
     EXPECT_THAT(Errors(capture), IsEmpty());
@@ -907,7 +860,7 @@ TEST(KnxValueConverterToKnx, FloatOnThirteenOneIsAnInvalidType)
     KnxValueConverter converter;
     KnxStack::GroupValue groupValue;
     LogCapture capture;
-    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{32, 13, 1}, MakeFloat(1.5), groupValue));
+    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{32, 13, 1}, FloatValue(1.5), groupValue));
     EXPECT_EQ(groupValue, KnxStack::GroupValue());
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("ToKnxValue - Invalid value type found for DPT = 13.1 val.ivt=3")));
 }
@@ -933,7 +886,7 @@ TEST(KnxValueConverterToKnx, FloatWith32BitsWritesFourteenZeroWithSixteenBitsInt
     KNXDPT dpt{32, 0, 0};
     KnxStack::GroupValue groupValue;
     LogCapture capture;
-    EXPECT_TRUE(converter.ToKnxValue(dpt, MakeFloat(21.5), groupValue));
+    EXPECT_TRUE(converter.ToKnxValue(dpt, FloatValue(21.5), groupValue));
     EXPECT_EQ(dpt.size, 16);
     EXPECT_EQ(dpt.main, 14);
     EXPECT_EQ(dpt.sub, 0);
@@ -947,7 +900,7 @@ TEST(KnxValueConverterToKnx, SizeDefaultIsTheFallbackForTypesWithoutDefault)
     KNXDPT dpt{16, 0, 0};
     KnxStack::GroupValue groupValue;
     LogCapture capture;
-    EXPECT_FALSE(converter.ToKnxValue(dpt, MakeWord(7), groupValue));
+    EXPECT_FALSE(converter.ToKnxValue(dpt, WordValue(7), groupValue));
     EXPECT_EQ(dpt.size, 16);
     EXPECT_EQ(dpt.main, 9);
     EXPECT_EQ(dpt.sub, 0);
@@ -958,7 +911,7 @@ TEST(KnxValueConverterToKnx, NoDefaultAtAllIsAMissingDpt)
 {
     KnxValueConverter converter;
     KNXDPT dpt{0, 0, 0};
-    const OKAVALUE value = MakeWord(7);
+    const OKAVALUE value = WordValue(7);
     KnxStack::GroupValue groupValue;
     LogCapture capture;
     EXPECT_FALSE(converter.ToKnxValue(dpt, value, groupValue));
@@ -972,7 +925,7 @@ TEST(KnxValueConverterToKnx, MissingEntryIsAcceptedAndLeavesTheGroupValue)
     KnxValueConverter converter;
     KnxStack::GroupValue groupValue = MakeGroupValue({0xAB}, 8);
     LogCapture capture;
-    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 22, 1}, MakeFloat(1.0), groupValue));
+    EXPECT_TRUE(converter.ToKnxValue(KNXDPT{16, 22, 1}, FloatValue(1.0), groupValue));
     EXPECT_EQ(groupValue, MakeGroupValue({0xAB}, 8));
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 22.1"),
                                              Error("ToKnxValue - No Entry found for DPT = 22.1"),
@@ -994,7 +947,7 @@ TEST(KnxValueConverterToKnx, InvalidValueSkipsTheTypeCheck)
 TEST(KnxValueConverterToKnx, ConverterRefusalIsReported)
 {
     KnxValueConverter converter;
-    const OKAVALUE value = MakeFloat(-300.0);
+    const OKAVALUE value = FloatValue(-300.0);
     KnxStack::GroupValue groupValue;
     LogCapture capture;
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 9, 1}, value, groupValue));
@@ -1011,7 +964,7 @@ TEST(KnxValueConverterToKnx, NullConverterIsReported)
                                               SpyConverter(record, SpyConverter::Mode::CloneToNull)));
     KnxStack::GroupValue groupValue;
     LogCapture capture;
-    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 7, 50}, MakeWord(1), groupValue));
+    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 7, 50}, WordValue(1), groupValue));
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("ToKnxValue - NULL pointer as KnxConverter for DPT = 7.50")));
 }
 
@@ -1023,7 +976,7 @@ TEST(KnxValueConverterToKnx, GroupValueExceptionIsCaught)
                                               SpyConverter(record, SpyConverter::Mode::ThrowGroupValueException)));
     KnxStack::GroupValue groupValue;
     LogCapture capture;
-    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 7, 52}, MakeWord(1), groupValue));
+    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{16, 7, 52}, WordValue(1), groupValue));
     EXPECT_THAT(capture.Lines(),
                 ElementsAre(Error("ToKnxValue - Exception caught during conversion of OKAVALUE to GroupValue: boom")));
     OKAVALUE value;
@@ -1051,9 +1004,9 @@ TEST(KnxValueConverterNeverSucceeds, TwoBitControlThroughTheFront)
     KnxValueConverter converter;
     KnxStack::GroupValue groupValue;
     LogCapture capture;
-    const OKAVALUE boolValue = MakeBool(true);
+    const OKAVALUE boolValue = BoolValue(true);
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{2, 2, 1}, boolValue, groupValue));
-    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{2, 2, 1}, MakeByte(3), groupValue));
+    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{2, 2, 1}, ByteValue(3), groupValue));
     EXPECT_EQ(groupValue, KnxStack::GroupValue());
     EXPECT_THAT(Errors(capture),
                 ElementsAre(Error("ToKnxValue - Wrong oka value type (ivtByte) or DPT main number (2.x)!"),
@@ -1066,9 +1019,9 @@ TEST(KnxValueConverterNeverSucceeds, FourBitDimmingThroughTheFront)
     KnxValueConverter converter;
     KnxStack::GroupValue groupValue;
     LogCapture capture;
-    const OKAVALUE floatValue = MakeFloat(50.0);
+    const OKAVALUE floatValue = FloatValue(50.0);
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{4, 3, 7}, floatValue, groupValue));
-    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{4, 3, 7}, MakeByte(11), groupValue));
+    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{4, 3, 7}, ByteValue(11), groupValue));
     EXPECT_EQ(groupValue, KnxStack::GroupValue());
     EXPECT_THAT(Errors(capture),
                 ElementsAre(Error("ToKnxValue - Wrong oka value type (ivtByte) or DPT main number (3.x)!"),
@@ -1081,9 +1034,9 @@ TEST(KnxValueConverterNeverSucceeds, SceneControlThroughTheFront)
     KnxValueConverter converter;
     KnxStack::GroupValue groupValue;
     LogCapture capture;
-    const OKAVALUE integerValue = MakeInteger(5);
+    const OKAVALUE integerValue = IntegerValue(5);
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 18, 1}, integerValue, groupValue));
-    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 18, 1}, MakeByte(5), groupValue));
+    EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 18, 1}, ByteValue(5), groupValue));
     EXPECT_EQ(groupValue, KnxStack::GroupValue());
     EXPECT_THAT(Errors(capture),
                 ElementsAre(Error("ToKnxValue - Wrong DPT for Scene number (18.001) or oka value type (ivtByte)."),
@@ -1094,7 +1047,7 @@ TEST(KnxValueConverterNeverSucceeds, SceneControlThroughTheFront)
 TEST(KnxValueConverterNeverSucceeds, BytesOnTheUnscaledByteWildcards)
 {
     KnxValueConverter converter;
-    const OKAVALUE byteValue = MakeByte(128);
+    const OKAVALUE byteValue = ByteValue(128);
     for (std::uint16_t mainNumber : {20, 21, 23, 236, 238})
     {
         for (std::uint16_t subNumber : {0, 1, 102})
@@ -1116,7 +1069,7 @@ TEST(KnxValueConverterNeverSucceeds, EveryByteOnFiveX)
     KnxValueConverter converter;
     for (unsigned int byte = 0; byte < 256; ++byte)
     {
-        const OKAVALUE value = MakeByte(static_cast<std::uint8_t>(byte));
+        const OKAVALUE value = ByteValue(static_cast<std::uint8_t>(byte));
         KnxStack::GroupValue groupValue;
         LogCapture capture;
         EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 5, 1}, value, groupValue)) << byte;
@@ -1256,29 +1209,29 @@ TEST(KnxValueConverterEndToEnd, ToKnxForEveryMainNumberThatCanSucceed)
         Bytes bytes;
         unsigned int bits;
     };
-    OKAVALUE latin1 = MakeString("\xC3\xA9");  // e-acute in UTF-8
+    OKAVALUE latin1 = StringValue("\xC3\xA9");  // e-acute in UTF-8
     const std::vector<Case> cases = {
-        {{1, 1, 1}, MakeBool(true), {0x01}, 1},
-        {{8, 4, 1}, MakeString("A"), {0x41}, 8},
+        {{1, 1, 1}, BoolValue(true), {0x01}, 1},
+        {{8, 4, 1}, StringValue("A"), {0x41}, 8},
         {{8, 4, 2}, latin1, {0xE9}, 8},
-        {{8, 5, 6}, MakeByte(255), {0xFF}, 8},
-        {{8, 6, 1}, MakeInteger(-1), {0xFF}, 8},
-        {{8, 6, 20}, MakeByte(0x21), {0x21}, 8},
-        {{16, 7, 1}, MakeWord(0x1234), {0x12, 0x34}, 16},
-        {{16, 8, 1}, MakeInteger(-2), {0xFF, 0xFE}, 16},
-        {{16, 9, 1}, MakeFloat(21.0), {0x0C, 0x1A}, 16},
+        {{8, 5, 6}, ByteValue(255), {0xFF}, 8},
+        {{8, 6, 1}, IntegerValue(-1), {0xFF}, 8},
+        {{8, 6, 20}, ByteValue(0x21), {0x21}, 8},
+        {{16, 7, 1}, WordValue(0x1234), {0x12, 0x34}, 16},
+        {{16, 8, 1}, IntegerValue(-2), {0xFF, 0xFE}, 16},
+        {{16, 9, 1}, FloatValue(21.0), {0x0C, 0x1A}, 16},
         {{24, 10, 1}, MakeTimeValue(ivtTime), {0x2C, 0x1E, 0x0F}, 24},
-        {{24, 11, 1}, MakeDateValue(), {0x15, 0x03, 0x18}, 24},
-        {{32, 12, 1}, MakeDWord(0xDEADBEEF), {0xDE, 0xAD, 0xBE, 0xEF}, 32},
-        {{32, 13, 1}, MakeInteger(-2), {0xFF, 0xFF, 0xFF, 0xFE}, 32},
-        {{32, 14, 1}, MakeFloat(21.5), {0x41, 0xAC, 0x00, 0x00}, 32},
-        {{32, 15, 0}, MakeDWord(42), {0x00, 0x00, 0x00, 0x2A}, 32},
-        {{112, 16, 0}, MakeString("Hello"), {'H', 'e', 'l', 'l', 'o', 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112},
-        {{8, 17, 1}, MakeInteger(5), {0x05}, 8},
-        {{64, 19, 1}, MakeDateTimeValue(), {0xE8, 0x03, 0x15, 0x0C, 0x1E, 0x0F, 0x20, 0x00}, 64},
-        {{8, 26, 1}, MakeByte(0x3F), {0x3F}, 8},
-        {{32, 27, 1}, MakeDWord(65538), {0x00, 0x01, 0x00, 0x02}, 32},
-        {{24, 232, 600}, MakeDWord(0x123456), {0x12, 0x34, 0x56}, 24},
+        {{24, 11, 1}, DateValue(2024, 3, 21), {0x15, 0x03, 0x18}, 24},
+        {{32, 12, 1}, DWordValue(0xDEADBEEF), {0xDE, 0xAD, 0xBE, 0xEF}, 32},
+        {{32, 13, 1}, IntegerValue(-2), {0xFF, 0xFF, 0xFF, 0xFE}, 32},
+        {{32, 14, 1}, FloatValue(21.5), {0x41, 0xAC, 0x00, 0x00}, 32},
+        {{32, 15, 0}, DWordValue(42), {0x00, 0x00, 0x00, 0x2A}, 32},
+        {{112, 16, 0}, StringValue("Hello"), {'H', 'e', 'l', 'l', 'o', 0, 0, 0, 0, 0, 0, 0, 0, 0}, 112},
+        {{8, 17, 1}, IntegerValue(5), {0x05}, 8},
+        {{64, 19, 1}, DateTimeValue(2024, 3, 21, 12, 30, 15), {0xE8, 0x03, 0x15, 0x0C, 0x1E, 0x0F, 0x20, 0x00}, 64},
+        {{8, 26, 1}, ByteValue(0x3F), {0x3F}, 8},
+        {{32, 27, 1}, DWordValue(65538), {0x00, 0x01, 0x00, 0x02}, 32},
+        {{24, 232, 600}, DWordValue(0x123456), {0x12, 0x34, 0x56}, 24},
     };
     LogCapture capture;
     for (const Case& c : cases)

@@ -24,7 +24,7 @@ namespace
 {
 const UTF8String Prefix("AppHost");
 
-class AppHostConfigTest : public ::testing::Test
+class AppHostConfig : public ::testing::Test
 {
 protected:
     void SetUp() override
@@ -101,12 +101,12 @@ void ExpectLineWithOptionalBacktrace(const LogLine& line, const std::string& tex
 }
 } // namespace
 
-TEST_F(AppHostConfigTest, StartsWithDefaults)
+TEST_F(AppHostConfig, StartsWithDefaults)
 {
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, SettersAndReplacersReturnThePreviousValue)
+TEST_F(AppHostConfig, SettersAndReplacersReturnThePreviousValue)
 {
     config_.SetAppDebugMode(true);
     EXPECT_TRUE(config_.IsInAppDebugMode());
@@ -121,7 +121,7 @@ TEST_F(AppHostConfigTest, SettersAndReplacersReturnThePreviousValue)
     EXPECT_FALSE(config_.IsAppConnectorHostStartupDisabled());
 }
 
-TEST_F(AppHostConfigTest, MinimalFileIsApplied)
+TEST_F(AppHostConfig, MinimalFileIsApplied)
 {
     LogCapture capture;
     LoadText("<TavAppHostConfig WithoutKNX=\"1\">\n"
@@ -140,7 +140,7 @@ TEST_F(AppHostConfigTest, MinimalFileIsApplied)
     EXPECT_FALSE(config_.GetRootPathAppConnectorHost());
 }
 
-TEST_F(AppHostConfigTest, AllFourRootPathsAreRead)
+TEST_F(AppHostConfig, AllFourRootPathsAreRead)
 {
     EXPECT_TRUE(Parse("<TavAppHostConfig><Debugging Active='1'>"
                       "<App RootPath='/n'/><ManagedApp RootPath='/m'/><AppHost RootPath='/h'/>"
@@ -153,13 +153,13 @@ TEST_F(AppHostConfigTest, AllFourRootPathsAreRead)
     EXPECT_FALSE(config_.IsAppHostStartupDisabled());
 }
 
-TEST_F(AppHostConfigTest, WordFalseCountsAsTrue)
+TEST_F(AppHostConfig, WordFalseCountsAsTrue)
 {
     EXPECT_TRUE(Parse("<TavAppHostConfig WithoutKNX=\"false\"/>"));
     EXPECT_TRUE(config_.IsAppHostWithoutKNX());
 }
 
-TEST_F(AppHostConfigTest, OnlyZeroIsFalse)
+TEST_F(AppHostConfig, OnlyZeroIsFalse)
 {
     config_.SetAppDebugMode(true);
     EXPECT_TRUE(Parse("<TavAppHostConfig WithoutKNX=\"no\"><Debugging Active=\"0\"/></TavAppHostConfig>"));
@@ -171,7 +171,7 @@ TEST_F(AppHostConfigTest, OnlyZeroIsFalse)
     EXPECT_FALSE(config_.IsAppHostWithoutKNX());
 }
 
-TEST_F(AppHostConfigTest, EmptyWithoutKnxLeavesTheFlagFalse)
+TEST_F(AppHostConfig, EmptyWithoutKnxLeavesTheFlagFalse)
 {
     LogCapture capture;
     EXPECT_TRUE(Parse("<TavAppHostConfig WithoutKNX=\"\"/>"));
@@ -179,7 +179,7 @@ TEST_F(AppHostConfigTest, EmptyWithoutKnxLeavesTheFlagFalse)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(AppHostConfigTest, EmptyAttributesLeaveEverySettingAsItWas)
+TEST_F(AppHostConfig, EmptyAttributesLeaveEverySettingAsItWas)
 {
     EXPECT_TRUE(Parse("<TavAppHostConfig WithoutKNX='1'><Debugging Active='1'>"
                       "<App RootPath='/n'/><AppHost RootPath='/h' DisableStartup='1'/></Debugging></TavAppHostConfig>"));
@@ -192,7 +192,7 @@ TEST_F(AppHostConfigTest, EmptyAttributesLeaveEverySettingAsItWas)
     EXPECT_EQ(config_.GetRootPathAppHost(), std::string("/h"));
 }
 
-TEST_F(AppHostConfigTest, InactiveDebuggingIgnoresItsChildren)
+TEST_F(AppHostConfig, InactiveDebuggingIgnoresItsChildren)
 {
     EXPECT_TRUE(Parse("<TavAppHostConfig><Debugging Active=\"0\">"
                       "<App RootPath='/n'/><ManagedApp RootPath='/m'/>"
@@ -201,14 +201,14 @@ TEST_F(AppHostConfigTest, InactiveDebuggingIgnoresItsChildren)
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, DebugModeSetBeforeEnablesTheChildren)
+TEST_F(AppHostConfig, DebugModeSetBeforeEnablesTheChildren)
 {
     config_.SetAppDebugMode(true);
     EXPECT_TRUE(Parse("<TavAppHostConfig><Debugging><App RootPath='/n'/></Debugging></TavAppHostConfig>"));
     EXPECT_EQ(config_.GetRootPathNativeApp(), std::string("/n"));
 }
 
-TEST_F(AppHostConfigTest, DisabledAppHostDisablesTheConnectorHost)
+TEST_F(AppHostConfig, DisabledAppHostDisablesTheConnectorHost)
 {
     EXPECT_TRUE(Parse("<TavAppHostConfig><Debugging Active='1'>"
                       "<AppHost DisableStartup=\"1\"/><AppConnectorHost DisableStartup=\"0\"/>"
@@ -217,14 +217,14 @@ TEST_F(AppHostConfigTest, DisabledAppHostDisablesTheConnectorHost)
     EXPECT_TRUE(config_.IsAppConnectorHostStartupDisabled());
 }
 
-TEST_F(AppHostConfigTest, AppHostDisabledBeforeLoadingAlsoDisablesTheConnectorHost)
+TEST_F(AppHostConfig, AppHostDisabledBeforeLoadingAlsoDisablesTheConnectorHost)
 {
     config_.SetAppHostStartupDisabled(true);
     EXPECT_TRUE(Parse("<Other/>"));
     EXPECT_TRUE(config_.IsAppConnectorHostStartupDisabled());
 }
 
-TEST_F(AppHostConfigTest, EveryRootSiblingIsAppliedAndTheLaterWins)
+TEST_F(AppHostConfig, EveryRootSiblingIsAppliedAndTheLaterWins)
 {
     EXPECT_TRUE(Parse("<TavAppHostConfig WithoutKNX='1'><Debugging Active='1'><App RootPath='/first'/>"
                       "<AppHost RootPath='/host'/></Debugging></TavAppHostConfig>"
@@ -237,7 +237,7 @@ TEST_F(AppHostConfigTest, EveryRootSiblingIsAppliedAndTheLaterWins)
     EXPECT_EQ(config_.GetRootPathAppHost(), std::string("/host"));
 }
 
-TEST_F(AppHostConfigTest, EveryDebuggingElementIsAppliedInOrder)
+TEST_F(AppHostConfig, EveryDebuggingElementIsAppliedInOrder)
 {
     EXPECT_TRUE(Parse("<TavAppHostConfig><Debugging Active='1'><App RootPath='/a'/></Debugging>"
                       "<Debugging Active='0'><App RootPath='/ignored'/></Debugging>"
@@ -247,7 +247,7 @@ TEST_F(AppHostConfigTest, EveryDebuggingElementIsAppliedInOrder)
     EXPECT_FALSE(config_.GetRootPathManagedApp());
 }
 
-TEST_F(AppHostConfigTest, UnknownElementsAndAttributesAreIgnoredSilently)
+TEST_F(AppHostConfig, UnknownElementsAndAttributesAreIgnoredSilently)
 {
     LogCapture capture;
     LoadText("<?xml version=\"1.0\"?><!-- settings --><Settings WithoutKNX='1'/>"
@@ -263,20 +263,20 @@ TEST_F(AppHostConfigTest, UnknownElementsAndAttributesAreIgnoredSilently)
     EXPECT_FALSE(config_.GetRootPathAppHost());
 }
 
-TEST_F(AppHostConfigTest, FirstAttributeOfANameCounts)
+TEST_F(AppHostConfig, FirstAttributeOfANameCounts)
 {
     EXPECT_TRUE(Parse("<TavAppHostConfig WithoutKNX='0' WithoutKNX='1'/>"));
     EXPECT_FALSE(config_.IsAppHostWithoutKNX());
 }
 
-TEST_F(AppHostConfigTest, RootPathIsStoredAsGiven)
+TEST_F(AppHostConfig, RootPathIsStoredAsGiven)
 {
     EXPECT_TRUE(Parse("<TavAppHostConfig><Debugging Active='1'>"
                       "<App RootPath=' /does/not/exist &amp; &quot;x&quot; '/></Debugging></TavAppHostConfig>"));
     EXPECT_EQ(config_.GetRootPathNativeApp(), std::string(" /does/not/exist & \"x\" "));
 }
 
-TEST_F(AppHostConfigTest, EmptyFileChangesNothing)
+TEST_F(AppHostConfig, EmptyFileChangesNothing)
 {
     LogCapture capture;
     config_.SetAppDebugMode(true);
@@ -289,7 +289,7 @@ TEST_F(AppHostConfigTest, EmptyFileChangesNothing)
     EXPECT_TRUE(config_.LoadAppHostConfigXML(zero, logger_));
 }
 
-TEST_F(AppHostConfigTest, ZeroByteEndsTheText)
+TEST_F(AppHostConfig, ZeroByteEndsTheText)
 {
     LogCapture capture;
     LoadText(std::string("<TavAppHostConfig WithoutKNX='1'/>\0<<<garbage", 45));
@@ -297,7 +297,7 @@ TEST_F(AppHostConfigTest, ZeroByteEndsTheText)
     EXPECT_TRUE(config_.IsAppHostWithoutKNX());
 }
 
-TEST_F(AppHostConfigTest, MissingClosingBracketIsReported)
+TEST_F(AppHostConfig, MissingClosingBracketIsReported)
 {
     LogCapture capture;
     LoadText("<TavAppHostConfig WithoutKNX=\"1\" </TavAppHostConfig>");
@@ -305,7 +305,7 @@ TEST_F(AppHostConfigTest, MissingClosingBracketIsReported)
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, MissingElementNameIsReported)
+TEST_F(AppHostConfig, MissingElementNameIsReported)
 {
     LogCapture capture;
     LoadText("<TavAppHostConfig WithoutKNX=\"1\"><></TavAppHostConfig>");
@@ -313,7 +313,7 @@ TEST_F(AppHostConfigTest, MissingElementNameIsReported)
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, TruncatedFileIsReported)
+TEST_F(AppHostConfig, TruncatedFileIsReported)
 {
     LogCapture capture;
     LoadText("<TavAppHostConfig WithoutKNX=\"1\"><Debugging Active=\"1\">");
@@ -321,7 +321,7 @@ TEST_F(AppHostConfigTest, TruncatedFileIsReported)
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, TextOutsideAnElementIsReported)
+TEST_F(AppHostConfig, TextOutsideAnElementIsReported)
 {
     LogCapture capture;
     LoadText("<TavAppHostConfig WithoutKNX=\"1\"/> trailing words");
@@ -329,7 +329,7 @@ TEST_F(AppHostConfigTest, TextOutsideAnElementIsReported)
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, ParserErrorWithoutPrefixEndsInFallbackWithFunctionName)
+TEST_F(AppHostConfig, ParserErrorWithoutPrefixEndsInFallbackWithFunctionName)
 {
     LogCapture capture;
     LoadText("<TavAppHostConfig", UTF8String());
@@ -339,7 +339,7 @@ TEST_F(AppHostConfigTest, ParserErrorWithoutPrefixEndsInFallbackWithFunctionName
     ExpectLineWithOptionalBacktrace(lines[1], "LoadConfigurationFile - Falling back to standard configuration.");
 }
 
-TEST_F(AppHostConfigTest, MissingFileIsReportedWithQuotedPath)
+TEST_F(AppHostConfig, MissingFileIsReportedWithQuotedPath)
 {
     LogCapture capture;
     const auto file = directory_ / "missing.xml";
@@ -349,7 +349,7 @@ TEST_F(AppHostConfigTest, MissingFileIsReportedWithQuotedPath)
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, MissingFileWithoutPrefixCarriesTheBacktrace)
+TEST_F(AppHostConfig, MissingFileWithoutPrefixCarriesTheBacktrace)
 {
     LogCapture capture;
     const auto file = directory_ / "missing.xml";
@@ -360,7 +360,7 @@ TEST_F(AppHostConfigTest, MissingFileWithoutPrefixCarriesTheBacktrace)
                                                   file.string() + "\"");
 }
 
-TEST_F(AppHostConfigTest, QuoteAndAmpersandInThePathAreEscaped)
+TEST_F(AppHostConfig, QuoteAndAmpersandInThePathAreEscaped)
 {
     LogCapture capture;
     boost::filesystem::create_directories(directory_ / "we\"ird&name");
@@ -369,7 +369,7 @@ TEST_F(AppHostConfigTest, QuoteAndAmpersandInThePathAreEscaped)
                                                    directory_.string() + "/we&\"ird&&name/config.xml\"")));
 }
 
-TEST_F(AppHostConfigTest, UnreadableFileIsReported)
+TEST_F(AppHostConfig, UnreadableFileIsReported)
 {
     // Tests may run as root, where file permissions do not stop reading; a directory opens but
     // cannot be read.
@@ -382,7 +382,7 @@ TEST_F(AppHostConfigTest, UnreadableFileIsReported)
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, DefaultFileIsTheControllersPath)
+TEST_F(AppHostConfig, DefaultFileIsTheControllersPath)
 {
     EXPECT_STREQ(AppHostConfiguration::DefaultFilePath, "/opt/userdata/etc/tavapphost/tavapphostconfig.xml");
     if (boost::filesystem::exists(AppHostConfiguration::DefaultFilePath))
@@ -396,7 +396,7 @@ TEST_F(AppHostConfigTest, DefaultFileIsTheControllersPath)
                                   "\"/opt/userdata/etc/tavapphost/tavapphostconfig.xml\"")));
 }
 
-TEST_F(AppHostConfigTest, LinesGoToTheGivenLoggerOnly)
+TEST_F(AppHostConfig, LinesGoToTheGivenLoggerOnly)
 {
     LogCapture capture;
     logger_.setLogLevel(log4cplus::OFF_LOG_LEVEL);
@@ -406,7 +406,7 @@ TEST_F(AppHostConfigTest, LinesGoToTheGivenLoggerOnly)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(AppHostConfigTest, NestingUpToTheLimitIsAccepted)
+TEST_F(AppHostConfig, NestingUpToTheLimitIsAccepted)
 {
     LogCapture capture;
     LoadText(Nested(64));
@@ -414,7 +414,7 @@ TEST_F(AppHostConfigTest, NestingUpToTheLimitIsAccepted)
     EXPECT_TRUE(config_.IsAppHostWithoutKNX());
 }
 
-TEST_F(AppHostConfigTest, NestingBeyondTheLimitIsRefused)
+TEST_F(AppHostConfig, NestingBeyondTheLimitIsRefused)
 {
     LogCapture capture;
     LoadText(Nested(65));
@@ -422,7 +422,7 @@ TEST_F(AppHostConfigTest, NestingBeyondTheLimitIsRefused)
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, VeryDeepNestingIsRefusedWithoutCrash)
+TEST_F(AppHostConfig, VeryDeepNestingIsRefusedWithoutCrash)
 {
     LogCapture capture;
     LoadText(Nested(100000));
@@ -430,7 +430,7 @@ TEST_F(AppHostConfigTest, VeryDeepNestingIsRefusedWithoutCrash)
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, TextOfOneMebibyteIsAccepted)
+TEST_F(AppHostConfig, TextOfOneMebibyteIsAccepted)
 {
     const std::string head = "<TavAppHostConfig WithoutKNX='1'/><!--";
     const std::string tail = "-->";
@@ -440,7 +440,7 @@ TEST_F(AppHostConfigTest, TextOfOneMebibyteIsAccepted)
     EXPECT_TRUE(config_.IsAppHostWithoutKNX());
 }
 
-TEST_F(AppHostConfigTest, TextLargerThanOneMebibyteIsRefused)
+TEST_F(AppHostConfig, TextLargerThanOneMebibyteIsRefused)
 {
     const std::string head = "<TavAppHostConfig WithoutKNX='1'/><!--";
     const std::string tail = "-->";
@@ -450,7 +450,7 @@ TEST_F(AppHostConfigTest, TextLargerThanOneMebibyteIsRefused)
     ExpectDefaults();
 }
 
-TEST_F(AppHostConfigTest, BinaryGarbageChangesNothing)
+TEST_F(AppHostConfig, BinaryGarbageChangesNothing)
 {
     std::mt19937 random(7u);
     for (int round = 0; round < 200; ++round)
@@ -471,7 +471,7 @@ TEST_F(AppHostConfigTest, BinaryGarbageChangesNothing)
     }
 }
 
-TEST_F(AppHostConfigTest, FlagsCanBeReadWhileAnotherThreadSetsThem)
+TEST_F(AppHostConfig, FlagsCanBeReadWhileAnotherThreadSetsThem)
 {
     std::atomic<bool> stop{false};
     std::atomic<long> reads{0};

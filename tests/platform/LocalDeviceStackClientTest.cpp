@@ -223,7 +223,7 @@ TEST(LocalDeviceStackClient, AnswersWithoutHandlerAreCounted)
 
 // --- the blocking messenger on the local stack
 
-class LocalStackTest : public ::testing::Test
+class LocalDeviceStackClientBehindMessenger : public ::testing::Test
 {
 protected:
     void Start(time_duration timeout, std::uint32_t retries)
@@ -232,7 +232,7 @@ protected:
                                                                  log4cplus::Logger::getInstance("LocalStackTest"));
         dsc->SetAsResponseHandler();
     }
-    ~LocalStackTest() override
+    ~LocalDeviceStackClientBehindMessenger() override
     {
         if (dsc)
         {
@@ -245,7 +245,7 @@ protected:
     std::unique_ptr<Okaro::DscAsyncRequestMessenger> dsc;
 };
 
-TEST_F(LocalStackTest, ValuesRoundTrip)
+TEST_F(LocalDeviceStackClientBehindMessenger, ValuesRoundTrip)
 {
     Start(milliseconds(2000), 0);
     OKAVALUE value(ivtFloat);
@@ -265,7 +265,7 @@ TEST_F(LocalStackTest, ValuesRoundTrip)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(LocalStackTest, AnswerDeliveredInsideTheSendCallIsNotLost)
+TEST_F(LocalDeviceStackClientBehindMessenger, AnswerDeliveredInsideTheSendCallIsNotLost)
 {
     Start(milliseconds(2000), 0);
     client.SetAnswerBeforeReturn(true);
@@ -275,7 +275,7 @@ TEST_F(LocalStackTest, AnswerDeliveredInsideTheSendCallIsNotLost)
     EXPECT_EQ(1u, client.GetCounters().earlyAnswers);
 }
 
-TEST_F(LocalStackTest, LateAnswerDoesNotDisturbTheNextRequest)
+TEST_F(LocalDeviceStackClientBehindMessenger, LateAnswerDoesNotDisturbTheNextRequest)
 {
     Start(milliseconds(20), 0);
     TavTest::LogCapture capture;
@@ -291,7 +291,7 @@ TEST_F(LocalStackTest, LateAnswerDoesNotDisturbTheNextRequest)
                             TavTest::Trace("UpdateDocketList - No docket for response ID '1'")));
 }
 
-TEST_F(LocalStackTest, DroppedAnswersAreRetried)
+TEST_F(LocalDeviceStackClientBehindMessenger, DroppedAnswersAreRetried)
 {
     Start(milliseconds(20), 2);
     std::atomic<int> seen{0};
@@ -309,7 +309,7 @@ TEST_F(LocalStackTest, DroppedAnswersAreRetried)
                             TavTest::Warn("WaitForAnswer - Timeout (00:00:00.020000) occured for request ID '2'")));
 }
 
-TEST_F(LocalStackTest, ErrorAnswerEndsTheRetryLoop)
+TEST_F(LocalDeviceStackClientBehindMessenger, ErrorAnswerEndsTheRetryLoop)
 {
     Start(milliseconds(2000), 3);
     client.SetErrorAnswer(7, "a", "b", "broken");
@@ -326,7 +326,7 @@ TEST_F(LocalStackTest, ErrorAnswerEndsTheRetryLoop)
     EXPECT_EQ(0u, lines[1].message.rfind("UpdateDocketList - Request 1: Error 'broken'", 0));
 }
 
-TEST_F(LocalStackTest, AllRetriesSendsNothing)
+TEST_F(LocalDeviceStackClientBehindMessenger, AllRetriesSendsNothing)
 {
     Start(milliseconds(20), 4294967295u);
     TavTest::LogCapture capture;
@@ -336,7 +336,7 @@ TEST_F(LocalStackTest, AllRetriesSendsNothing)
                 ElementsAre(TavTest::Warn("SynchronizeRequest - Maximum number of retries (4294967295) reached.")));
 }
 
-TEST_F(LocalStackTest, UnsentRequestsAreRetriedAtOnce)
+TEST_F(LocalDeviceStackClientBehindMessenger, UnsentRequestsAreRetriedAtOnce)
 {
     Start(boost::posix_time::hours(1), 1);
     client.SetEmptyRequestIds(true);
@@ -346,7 +346,7 @@ TEST_F(LocalStackTest, UnsentRequestsAreRetriedAtOnce)
 
 // Several callers, one messenger, thousands of answers with random latency, drops,
 // duplicates, early and error answers.
-TEST_F(LocalStackTest, StressManyCallersOneMessenger)
+TEST_F(LocalDeviceStackClientBehindMessenger, StressManyCallersOneMessenger)
 {
     const int kThreads = 4;
     const int kPerThread = 250;

@@ -288,16 +288,20 @@ TEST(FloatIntegerRange, InRangeClampAndPrintedForm)
 
 // --- default converter -------------------------------------------------------------------
 
-class DefaultConverter : public ::testing::Test
+// A fixture bears the name of the converter it tests; declared in an anonymous namespace it
+// hides the class, which is then written Okaro::<Name>.
+namespace
+{
+class KnxConverterDefault : public ::testing::Test
 {
 protected:
     LogCapture capture;
-    KnxConverterDefault converter;
-    KnxStack::GroupValue untouched = Group({0xAA}, 8);
+    Okaro::KnxConverterDefault converter;
+    KnxStack::GroupValue untouched = MakeGroupValue({0xAA}, 8);
     KnxStack::GroupValue out = untouched;
 };
 
-TEST_F(DefaultConverter, BooleanOnDpt2WritesControlWithValue)
+TEST_F(KnxConverterDefault, BooleanOnDpt2WritesControlWithValue)
 {
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{2, 2, 1}, BoolValue(true), out));
     KnxStack::GroupValue expected;
@@ -312,7 +316,7 @@ TEST_F(DefaultConverter, BooleanOnDpt2WritesControlWithValue)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DefaultConverter, BooleanOnDpt1WritesTheBit)
+TEST_F(KnxConverterDefault, BooleanOnDpt1WritesTheBit)
 {
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{1, 1, 1}, BoolValue(true), out));
     KnxStack::GroupValue expected;
@@ -320,14 +324,14 @@ TEST_F(DefaultConverter, BooleanOnDpt1WritesTheBit)
     EXPECT_EQ(out, expected);
 }
 
-TEST_F(DefaultConverter, BooleanOnOtherDptWritesNothingAndSucceeds)
+TEST_F(KnxConverterDefault, BooleanOnOtherDptWritesNothingAndSucceeds)
 {
     EXPECT_TRUE(converter.ToKnxValue(KNXDPT{8, 5, 1}, BoolValue(true), out));
     EXPECT_EQ(out, untouched);
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DefaultConverter, ZeroBitSizeOffersTheCodec24Bytes)
+TEST_F(KnxConverterDefault, ZeroBitSizeOffersTheCodec24Bytes)
 {
     // 24 characters fit, 25 do not; the failure names the 24 bytes offered.
     const std::string fits(24, 'x');
@@ -341,18 +345,18 @@ TEST_F(DefaultConverter, ZeroBitSizeOffersTheCodec24Bytes)
                 ElementsAre(Error("ToKnxValue - OkaValueToByteArray failed. DPT=16.0 data size =24")));
 }
 
-TEST_F(DefaultConverter, MoreThan23BytesAlsoOffer24)
+TEST_F(KnxConverterDefault, MoreThan23BytesAlsoOffer24)
 {
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{200, 99, 1}, StringValue(std::string(25, 'x')), out));
     EXPECT_THAT(capture.Lines(),
                 ElementsAre(Error("ToKnxValue - OkaValueToByteArray failed. DPT=99.1 data size =24")));
 }
 
-TEST_F(DefaultConverter, ByteSizeIsRoundedUp)
+TEST_F(KnxConverterDefault, ByteSizeIsRoundedUp)
 {
     // 12 bits are two bytes: a word fits.
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{12, 99, 1}, WordValue(0x1234), out));
-    EXPECT_THAT(Bytes(out), ElementsAre(0x12u, 0x34u));
+    EXPECT_THAT(BytesOf(out), ElementsAre(0x12u, 0x34u));
     EXPECT_EQ(out.GetDefinedSize(), 16u);
 
     // 8 bits are one byte: it does not.
@@ -363,7 +367,7 @@ TEST_F(DefaultConverter, ByteSizeIsRoundedUp)
                 ElementsAre(Error("ToKnxValue - OkaValueToByteArray failed. DPT=99.1 data size =1")));
 }
 
-TEST_F(DefaultConverter, OneByteResultIsWrittenAsUnsigned8)
+TEST_F(KnxConverterDefault, OneByteResultIsWrittenAsUnsigned8)
 {
     ASSERT_TRUE(converter.ToKnxValue(KNXDPT{8, 99, 1}, ByteValue(0x5A), out));
     KnxStack::GroupValue expected;
@@ -371,40 +375,40 @@ TEST_F(DefaultConverter, OneByteResultIsWrittenAsUnsigned8)
     EXPECT_EQ(out, expected);
 }
 
-TEST_F(DefaultConverter, PercentAndDimmingStepTravelAsOneByte)
+TEST_F(KnxConverterDefault, PercentAndDimmingStepTravelAsOneByte)
 {
-    ASSERT_TRUE(converter.ToKnxValue(KNXDPT{16, 99, 1}, RealValue(42.4, static_cast<OkaValueType>(1005)), out));
+    ASSERT_TRUE(converter.ToKnxValue(KNXDPT{16, 99, 1}, FloatValue(42.4, static_cast<OkaValueType>(1005)), out));
     KnxStack::GroupValue expected;
     expected.SetAsUnsigned8(42);
     EXPECT_EQ(out, expected);
 
-    ASSERT_TRUE(converter.ToKnxValue(KNXDPT{0, 99, 1}, RealValue(7.0, static_cast<OkaValueType>(1037)), out));
+    ASSERT_TRUE(converter.ToKnxValue(KNXDPT{0, 99, 1}, FloatValue(7.0, static_cast<OkaValueType>(1037)), out));
     expected.SetAsUnsigned8(7);
     EXPECT_EQ(out, expected);
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DefaultConverter, CodecFailureIsRefused)
+TEST_F(KnxConverterDefault, CodecFailureIsRefused)
 {
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 5, 1}, OKAVALUE(), out));
     EXPECT_EQ(out, untouched);
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("ToKnxValue - OkaValueToByteArray failed. DPT=5.1 data size =1")));
 }
 
-TEST_F(DefaultConverter, FromKnxValueUsesTheGenericCodec)
+TEST_F(KnxConverterDefault, FromKnxValueUsesTheGenericCodec)
 {
     OKAVALUE value;
-    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 99, 1}, Group({0x12, 0x34}, 16), value));
+    ASSERT_TRUE(converter.FromKnxValue(KNXDPT{16, 99, 1}, MakeGroupValue({0x12, 0x34}, 16), value));
     EXPECT_EQ(value.type, ivtWord);
     EXPECT_EQ(value.numeric.word, 0x1234);
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DefaultConverter, FromKnxValueFailureResetsTheOutputToEmpty)
+TEST_F(KnxConverterDefault, FromKnxValueFailureResetsTheOutputToEmpty)
 {
     OKAVALUE value = StringValue("keep me");
     value.subType = OkaDP::istLatin1Text;
-    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{40, 99, 2}, Group({1, 2, 3, 4, 5}, 40), value));
+    EXPECT_FALSE(converter.FromKnxValue(KNXDPT{40, 99, 2}, MakeGroupValue({1, 2, 3, 4, 5}, 40), value));
     EXPECT_EQ(value, OKAVALUE());
     EXPECT_EQ(value.type, ivtEmpty);
     EXPECT_EQ(value.text.length(), 0u);
@@ -413,12 +417,13 @@ TEST_F(DefaultConverter, FromKnxValueFailureResetsTheOutputToEmpty)
                 ElementsAre(Error("FromKnxValue - ByteArrayToOkaValue failed. DPT=99.2 data size =5")));
 }
 
-TEST_F(DefaultConverter, NothingIsBuiltWhenErrorIsDisabled)
+TEST_F(KnxConverterDefault, NothingIsBuiltWhenErrorIsDisabled)
 {
     LogCapture quiet(log4cplus::OFF_LOG_LEVEL);
     EXPECT_FALSE(converter.ToKnxValue(KNXDPT{8, 5, 1}, OKAVALUE(), out));
     EXPECT_THAT(quiet.Lines(), IsEmpty());
 }
+} // namespace
 
 // --- cloning -----------------------------------------------------------------------------
 
@@ -440,7 +445,8 @@ void ExpectCloneKeepsClassAndRange(const Converter& original)
     const std::unique_ptr<KnxConverter> copy(base.Clone());
     ASSERT_NE(copy, nullptr);
     EXPECT_NE(copy.get(), &base);
-    EXPECT_EQ(typeid(*copy), typeid(Converter));
+    const KnxConverter& cloned = *copy;
+    EXPECT_EQ(typeid(cloned), typeid(Converter));
     if constexpr (HasRange<Converter>::value)
     {
         EXPECT_EQ(dynamic_cast<const Converter&>(*copy).GetRange(), original.GetRange());
@@ -455,7 +461,7 @@ TEST(KnxConverterClone, GivesTheSameClassWithAnEqualRange)
     const FloatRange floatRange = FloatRange::CreateScaled(-273.0, 670760.0, -273.0, 670760.0);
     const FloatIntegerRange dimming = FloatIntegerRange::CreateScaled(-100.0, 100.0, 0, 15);
 
-    ExpectCloneKeepsClassAndRange(KnxConverterDefault());
+    ExpectCloneKeepsClassAndRange(Okaro::KnxConverterDefault());
     ExpectCloneKeepsClassAndRange(KnxConverter1Bit());
     ExpectCloneKeepsClassAndRange(KnxConverter2Bit());
     ExpectCloneKeepsClassAndRange(KnxConverter4Bit(dimming));
@@ -501,7 +507,7 @@ TEST(KnxConverterSharing, OneConverterServesSeveralThreads)
                 const double x = t * 10.0 + (i % 8) * 0.5;
                 KnxStack::GroupValue group;
                 OKAVALUE back(ivtFloat);
-                if (!converter.ToKnxValue(KNXDPT{16, 9, 1}, RealValue(x), group) ||
+                if (!converter.ToKnxValue(KNXDPT{16, 9, 1}, FloatValue(x), group) ||
                     !converter.FromKnxValue(KNXDPT{16, 9, 1}, group, back) || back.numeric.real != x)
                 {
                     ++failures;

@@ -64,10 +64,10 @@ void ExpectErrorWithBacktrace(const TavTest::LogLine& line, const std::string& t
 const char* const kConcurrentText =
     "Running SynchronizeRequest concurrently (this log entry is temporarily here for debugging)";
 
-class DscMessengerTest : public ::testing::Test
+class DscAsyncRequestMessenger : public ::testing::Test
 {
 protected:
-    ~DscMessengerTest() override
+    ~DscAsyncRequestMessenger() override
     {
         for (std::thread& answerer : answerers)
         {
@@ -120,7 +120,7 @@ TEST(Docket, DefaultIsUnansweredAndInvalid)
     EXPECT_FALSE(full.IsAnswered());
 }
 
-TEST_F(DscMessengerTest, AnswerWithoutDocketOnlyLogsAtDebug)
+TEST_F(DscAsyncRequestMessenger, AnswerWithoutDocketOnlyLogsAtDebug)
 {
     auto dsc = Make(milliseconds(20), 0);
     TavTest::LogCapture capture;
@@ -144,7 +144,7 @@ TEST_F(DscMessengerTest, AnswerWithoutDocketOnlyLogsAtDebug)
                             TavTest::Warn("SynchronizeRequest - Maximum number of retries (0) reached.")));
 }
 
-TEST_F(DscMessengerTest, AnswerWithCodeZeroIsValidAndKeepsTheMessage)
+TEST_F(DscAsyncRequestMessenger, AnswerWithCodeZeroIsValidAndKeepsTheMessage)
 {
     auto dsc = Make(milliseconds(2000), 0);
     EXPECT_CALL(messenger, GetValueAsync(17ul, true)).WillOnce([&](unsigned long, bool) {
@@ -161,7 +161,7 @@ TEST_F(DscMessengerTest, AnswerWithCodeZeroIsValidAndKeepsTheMessage)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DscMessengerTest, AnswerWithErrorIsAnsweredInvalidAndKeepsTheReply)
+TEST_F(DscAsyncRequestMessenger, AnswerWithErrorIsAnsweredInvalidAndKeepsTheReply)
 {
     auto dsc = Make(milliseconds(2000), 2);
     OKAVALUE value(ivtInteger);
@@ -186,7 +186,7 @@ TEST_F(DscMessengerTest, AnswerWithErrorIsAnsweredInvalidAndKeepsTheReply)
     ExpectErrorWithBacktrace(lines[1], "UpdateDocketList - Request 8: Error 'denied'", 0);
 }
 
-TEST_F(DscMessengerTest, RegisterApplicationAndSetConfigurationStoreAnEmptyReply)
+TEST_F(DscAsyncRequestMessenger, RegisterApplicationAndSetConfigurationStoreAnEmptyReply)
 {
     auto dsc = Make(milliseconds(2000), 0);
     EXPECT_CALL(messenger, RegisterApplicationAsync("a", "b", "c")).WillOnce([&](auto&&...) {
@@ -206,7 +206,7 @@ TEST_F(DscMessengerTest, RegisterApplicationAndSetConfigurationStoreAnEmptyReply
 }
 
 // Every callback's error line: its name, its extra text and its source line.
-TEST_F(DscMessengerTest, EachCallbackLogsItsOwnErrorLine)
+TEST_F(DscAsyncRequestMessenger, EachCallbackLogsItsOwnErrorLine)
 {
     auto dsc = Make(milliseconds(20), 0);
     const Lumo::ResponseError error(-5, "one", "two", "msg");
@@ -235,7 +235,7 @@ TEST_F(DscMessengerTest, EachCallbackLogsItsOwnErrorLine)
     }
 }
 
-TEST_F(DscMessengerTest, ErrorLinesAreNotBuiltBelowTheirLevel)
+TEST_F(DscAsyncRequestMessenger, ErrorLinesAreNotBuiltBelowTheirLevel)
 {
     auto dsc = Make(milliseconds(20), 0);
     TavTest::LogCapture capture(log4cplus::FATAL_LOG_LEVEL);
@@ -243,7 +243,7 @@ TEST_F(DscMessengerTest, ErrorLinesAreNotBuiltBelowTheirLevel)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DscMessengerTest, GetConfigurationAnswerCarriesTheConfiguration)
+TEST_F(DscAsyncRequestMessenger, GetConfigurationAnswerCarriesTheConfiguration)
 {
     auto dsc = Make(milliseconds(2000), 0);
     EXPECT_CALL(messenger, RequestAsync("get")).WillOnce([&](const std::string&) {
@@ -256,7 +256,7 @@ TEST_F(DscMessengerTest, GetConfigurationAnswerCarriesTheConfiguration)
 
 // --- waiting, time-out and retry
 
-TEST_F(DscMessengerTest, RetriesZeroSendsOnce)
+TEST_F(DscAsyncRequestMessenger, RetriesZeroSendsOnce)
 {
     auto dsc = Make(milliseconds(20), 0);
     EXPECT_CALL(messenger, RequestAsync("q")).WillOnce(Return("1"));
@@ -271,7 +271,7 @@ TEST_F(DscMessengerTest, RetriesZeroSendsOnce)
                             TavTest::Warn("SynchronizeRequest - Maximum number of retries (0) reached.")));
 }
 
-TEST_F(DscMessengerTest, RetriesTwoSendsThreeTimes)
+TEST_F(DscAsyncRequestMessenger, RetriesTwoSendsThreeTimes)
 {
     auto dsc = Make(milliseconds(20), 2);
     EXPECT_CALL(messenger, GetValueAsync(5ul, false)).WillOnce(Return("1")).WillOnce(Return("2")).WillOnce(Return("3"));
@@ -284,7 +284,7 @@ TEST_F(DscMessengerTest, RetriesTwoSendsThreeTimes)
                             TavTest::Warn("SynchronizeRequest - Maximum number of retries (2) reached.")));
 }
 
-TEST_F(DscMessengerTest, UnsentRequestsFailAtOnceWithoutWaiting)
+TEST_F(DscAsyncRequestMessenger, UnsentRequestsFailAtOnceWithoutWaiting)
 {
     auto dsc = Make(boost::posix_time::hours(1), 2);
     EXPECT_CALL(messenger, RequestAsync("q")).Times(3).WillRepeatedly(Return(""));
@@ -296,7 +296,7 @@ TEST_F(DscMessengerTest, UnsentRequestsFailAtOnceWithoutWaiting)
                 ElementsAre(TavTest::Warn("SynchronizeRequest - Maximum number of retries (2) reached.")));
 }
 
-TEST_F(DscMessengerTest, AllRetriesMeansNoAttemptAtAll)
+TEST_F(DscAsyncRequestMessenger, AllRetriesMeansNoAttemptAtAll)
 {
     auto dsc = Make(milliseconds(20), 4294967295u);
     TavTest::LogCapture capture;
@@ -306,7 +306,7 @@ TEST_F(DscMessengerTest, AllRetriesMeansNoAttemptAtAll)
                 ElementsAre(TavTest::Warn("SynchronizeRequest - Maximum number of retries (4294967295) reached.")));
 }
 
-TEST_F(DscMessengerTest, EarlyAnswerIsNotLost)
+TEST_F(DscAsyncRequestMessenger, EarlyAnswerIsNotLost)
 {
     auto dsc = Make(milliseconds(2000), 0);
     EXPECT_CALL(messenger, RequestAsync("early")).WillOnce([&](const std::string&) {
@@ -320,7 +320,7 @@ TEST_F(DscMessengerTest, EarlyAnswerIsNotLost)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DscMessengerTest, ZeroDurationMeansTheDefaultTimeout)
+TEST_F(DscAsyncRequestMessenger, ZeroDurationMeansTheDefaultTimeout)
 {
     auto dsc = Make(milliseconds(20), 0);
     EXPECT_CALL(messenger, SetConfigurationAsync("c")).WillOnce(Return("1")).WillOnce(Return("2"));
@@ -341,7 +341,7 @@ TEST_F(DscMessengerTest, ZeroDurationMeansTheDefaultTimeout)
                             TavTest::Warn("SynchronizeRequest - Maximum number of retries (0) reached.")));
 }
 
-TEST_F(DscMessengerTest, WholeSecondTimeoutPrintsWithoutFraction)
+TEST_F(DscAsyncRequestMessenger, WholeSecondTimeoutPrintsWithoutFraction)
 {
     auto dsc = Make(boost::posix_time::seconds(1), 0);
     EXPECT_CALL(messenger, RequestAsync("r")).WillOnce(Return("1"));
@@ -352,7 +352,7 @@ TEST_F(DscMessengerTest, WholeSecondTimeoutPrintsWithoutFraction)
     EXPECT_EQ(TavTest::Warn("WaitForAnswer - Timeout (00:00:01) occured for request ID '1'"), capture.Lines().at(0));
 }
 
-TEST_F(DscMessengerTest, TimeoutTakesAtLeastItsDuration)
+TEST_F(DscAsyncRequestMessenger, TimeoutTakesAtLeastItsDuration)
 {
     auto dsc = Make(milliseconds(40), 0);
     EXPECT_CALL(messenger, RequestAsync("r")).WillOnce(Return("1"));
@@ -364,7 +364,7 @@ TEST_F(DscMessengerTest, TimeoutTakesAtLeastItsDuration)
 // Wall-clock jumps cannot reach the waits: the only clock they read is monotonic.
 static_assert(Okaro::DscAsyncRequestMessenger::WaitClock::is_steady, "waits must use a monotonic clock");
 
-TEST_F(DscMessengerTest, LateAnswerDoesNotDisturbTheNextRequest)
+TEST_F(DscAsyncRequestMessenger, LateAnswerDoesNotDisturbTheNextRequest)
 {
     auto dsc = Make(milliseconds(20), 0);
     {
@@ -386,7 +386,7 @@ TEST_F(DscMessengerTest, LateAnswerDoesNotDisturbTheNextRequest)
                             TavTest::Trace("UpdateDocketList - No docket for response ID '1'")));
 }
 
-TEST_F(DscMessengerTest, AnswerForAnotherRequestDoesNotEndTheWait)
+TEST_F(DscAsyncRequestMessenger, AnswerForAnotherRequestDoesNotEndTheWait)
 {
     auto dsc = Make(milliseconds(40), 0);
     EXPECT_CALL(messenger, RequestAsync("r")).WillOnce([&](const std::string&) {
@@ -400,7 +400,7 @@ TEST_F(DscMessengerTest, AnswerForAnotherRequestDoesNotEndTheWait)
                             TavTest::Warn("SynchronizeRequest - Maximum number of retries (0) reached.")));
 }
 
-TEST_F(DscMessengerTest, InfiniteTimeoutWaitsUntilAnswered)
+TEST_F(DscAsyncRequestMessenger, InfiniteTimeoutWaitsUntilAnswered)
 {
     auto dsc = Make(milliseconds(20), 0);
     EXPECT_CALL(messenger, RequestAsync("r")).WillOnce([&](const std::string&) {
@@ -415,7 +415,7 @@ TEST_F(DscMessengerTest, InfiniteTimeoutWaitsUntilAnswered)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DscMessengerTest, HugeFiniteTimeoutDoesNotOverflow)
+TEST_F(DscAsyncRequestMessenger, HugeFiniteTimeoutDoesNotOverflow)
 {
     auto dsc = Make(boost::posix_time::hours(2000000000), 0);  // beyond what the clock can hold
     EXPECT_CALL(messenger, RequestAsync("r")).WillOnce([&](const std::string&) {
@@ -428,7 +428,7 @@ TEST_F(DscMessengerTest, HugeFiniteTimeoutDoesNotOverflow)
     EXPECT_EQ("ok too", dsc->Request("s", boost::posix_time::hours(24 * 365 * 100)).ReadReply());
 }
 
-TEST_F(DscMessengerTest, NegativeOrUndefinedTimeoutChecksOnce)
+TEST_F(DscAsyncRequestMessenger, NegativeOrUndefinedTimeoutChecksOnce)
 {
     auto dsc = Make(milliseconds(20), 0);
     EXPECT_CALL(messenger, RequestAsync("r")).WillOnce(Return("1")).WillOnce(Return("2"));
@@ -439,7 +439,7 @@ TEST_F(DscMessengerTest, NegativeOrUndefinedTimeoutChecksOnce)
               capture.Lines().at(0));
 }
 
-TEST_F(DscMessengerTest, ConcurrentRequestWaitsForTheFirstAndLogsAtDebug)
+TEST_F(DscAsyncRequestMessenger, ConcurrentRequestWaitsForTheFirstAndLogsAtDebug)
 {
     auto dsc = Make(milliseconds(2000), 0);
     TavTest::LogCapture capture;
@@ -471,7 +471,7 @@ TEST_F(DscMessengerTest, ConcurrentRequestWaitsForTheFirstAndLogsAtDebug)
     EXPECT_THAT(capture.Lines(), ElementsAre(TavTest::Trace(std::string("SynchronizeRequest - ") + kConcurrentText)));
 }
 
-TEST_F(DscMessengerTest, SetValueAndIgnoreResponseSendsOnceWithoutWaiting)
+TEST_F(DscAsyncRequestMessenger, SetValueAndIgnoreResponseSendsOnceWithoutWaiting)
 {
     auto dsc = Make(boost::posix_time::hours(1), 3);
     OKAVALUE value(ivtBool);
@@ -484,7 +484,7 @@ TEST_F(DscMessengerTest, SetValueAndIgnoreResponseSendsOnceWithoutWaiting)
     EXPECT_THAT(capture.Lines(), ElementsAre(TavTest::Trace("UpdateDocketList - No docket for response ID '1'")));
 }
 
-TEST_F(DscMessengerTest, SetValueAndIgnoreResponseLogsContentionUnderItsOwnName)
+TEST_F(DscAsyncRequestMessenger, SetValueAndIgnoreResponseLogsContentionUnderItsOwnName)
 {
     auto dsc = Make(milliseconds(2000), 0);
     TavTest::LogCapture capture;
@@ -505,7 +505,7 @@ TEST_F(DscMessengerTest, SetValueAndIgnoreResponseLogsContentionUnderItsOwnName)
                 ElementsAre(TavTest::Trace(std::string("SetValueAndIgnoreResponse - ") + kConcurrentText)));
 }
 
-TEST_F(DscMessengerTest, MapSetConfigurationIsAnsweredWithTheMessengerResult)
+TEST_F(DscAsyncRequestMessenger, MapSetConfigurationIsAnsweredWithTheMessengerResult)
 {
     auto dsc = Make(milliseconds(20), 5);
     const Lumo::IDeviceStackClient::PropertyMap properties{{Lumo::IDeviceStackClient::PropertyType::Name, "n"}};
@@ -522,7 +522,7 @@ TEST_F(DscMessengerTest, MapSetConfigurationIsAnsweredWithTheMessengerResult)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DscMessengerTest, NonWaitingOperationsForward)
+TEST_F(DscAsyncRequestMessenger, NonWaitingOperationsForward)
 {
     auto dsc = Make(milliseconds(20), 0);
     const std::map<std::string, std::string> deviceConfig{{"a", "b"}};
@@ -536,7 +536,7 @@ TEST_F(DscMessengerTest, NonWaitingOperationsForward)
     EXPECT_TRUE(dsc->EnableNativeFormat());
 }
 
-TEST_F(DscMessengerTest, RegistersAndUnregistersItselfAsHandler)
+TEST_F(DscAsyncRequestMessenger, RegistersAndUnregistersItselfAsHandler)
 {
     auto dsc = Make(milliseconds(20), 0);
     {

@@ -58,7 +58,7 @@ bool Add(DptValueMap& map, KNXDPT dpt, OkaValueType type, int tag)
 
 bool IsNoEntryRecord(const DptValueEntry& entry) { return &entry == &DptValueMap::GetNoEntryRecord(); }
 
-class DptValueMapTest : public ::testing::Test
+class DptValueMapWithEntries : public ::testing::Test
 {
 protected:
     void SetUp() override
@@ -73,7 +73,7 @@ protected:
 };
 } // namespace
 
-TEST(DptValueEntryTest, CopyGetsItsOwnCloneOfTheConverter)
+TEST(DptValueEntry, CopyGetsItsOwnCloneOfTheConverter)
 {
     const int before = TaggedConverter::live;
     {
@@ -90,7 +90,7 @@ TEST(DptValueEntryTest, CopyGetsItsOwnCloneOfTheConverter)
     EXPECT_EQ(TaggedConverter::live, before);
 }
 
-TEST(DptValueEntryTest, AssignmentReplacesTheConverterWithAClone)
+TEST(DptValueEntry, AssignmentReplacesTheConverterWithAClone)
 {
     const int before = TaggedConverter::live;
     {
@@ -101,28 +101,29 @@ TEST(DptValueEntryTest, AssignmentReplacesTheConverterWithAClone)
         EXPECT_NE(target.GetConverter(), source.GetConverter());
         EXPECT_EQ(target.GetValueType(), ivtByte);
         EXPECT_EQ(target.GetDpt().main, 5);
-        target = target;
+        const DptValueEntry& itself = target;  // self-assignment, through a reference
+        target = itself;
         EXPECT_EQ(TagOf(target), 5);
         EXPECT_EQ(TaggedConverter::live, before + 2);
     }
     EXPECT_EQ(TaggedConverter::live, before);
 }
 
-TEST(DptValueEntryTest, EntryWithoutConverterCopiesAsNull)
+TEST(DptValueEntry, EntryWithoutConverterCopiesAsNull)
 {
     const DptValueEntry original(KNXDPT{8, 5, 0}, ivtByte, OkaDP::istGeneric, nullptr);
     const DptValueEntry copy(original);
     EXPECT_EQ(copy.GetConverter(), nullptr);
 }
 
-TEST_F(DptValueMapTest, ExactSubNumberIsFound)
+TEST_F(DptValueMapWithEntries, ExactSubNumberIsFound)
 {
     LogCapture capture;
     EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{16, 9, 1})), 91);
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DptValueMapTest, MissingSubNumberFallsBackToTheWildcard)
+TEST_F(DptValueMapWithEntries, MissingSubNumberFallsBackToTheWildcard)
 {
     LogCapture capture;
     EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{16, 9, 9})), 90);
@@ -130,14 +131,14 @@ TEST_F(DptValueMapTest, MissingSubNumberFallsBackToTheWildcard)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DptValueMapTest, BitSizeOfTheQueryIsIgnored)
+TEST_F(DptValueMapWithEntries, BitSizeOfTheQueryIsIgnored)
 {
     const DptValueEntry& entry = map.GetEntry(KNXDPT{8, 9, 1});
     EXPECT_EQ(TagOf(entry), 91);
     EXPECT_EQ(entry.GetDpt().size, 16);
 }
 
-TEST_F(DptValueMapTest, UnknownMainNumberGivesTheNoEntryRecord)
+TEST_F(DptValueMapWithEntries, UnknownMainNumberGivesTheNoEntryRecord)
 {
     LogCapture capture;
     const DptValueEntry& entry = map.GetEntry(KNXDPT{16, 22, 1});
@@ -148,21 +149,21 @@ TEST_F(DptValueMapTest, UnknownMainNumberGivesTheNoEntryRecord)
     EXPECT_EQ(lines[0].file, "KnxValueConverter.cpp");
 }
 
-TEST_F(DptValueMapTest, MissingWildcardAskedDirectlyNamesSubZero)
+TEST_F(DptValueMapWithEntries, MissingWildcardAskedDirectlyNamesSubZero)
 {
     LogCapture capture;
     EXPECT_TRUE(IsNoEntryRecord(map.GetEntry(KNXDPT{8, 40, 0})));
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 40.0")));
 }
 
-TEST_F(DptValueMapTest, MissingSubWithoutWildcardNamesTheMainNumberWithX)
+TEST_F(DptValueMapWithEntries, MissingSubWithoutWildcardNamesTheMainNumberWithX)
 {
     LogCapture capture;
     EXPECT_TRUE(IsNoEntryRecord(map.GetEntry(KNXDPT{8, 40, 7})));
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 40.x")));
 }
 
-TEST_F(DptValueMapTest, FirstRegistrationWinsAndTheRepeatStillSucceeds)
+TEST_F(DptValueMapWithEntries, FirstRegistrationWinsAndTheRepeatStillSucceeds)
 {
     LogCapture capture;
     EXPECT_TRUE(Add(map, KNXDPT{8, 9, 1}, ivtByte, 999));
@@ -175,7 +176,7 @@ TEST_F(DptValueMapTest, FirstRegistrationWinsAndTheRepeatStillSucceeds)
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
-TEST_F(DptValueMapTest, StoredEntriesOwnAClone)
+TEST_F(DptValueMapWithEntries, StoredEntriesOwnAClone)
 {
     const int before = TaggedConverter::live;
     const TaggedConverter local(55);
@@ -186,7 +187,7 @@ TEST_F(DptValueMapTest, StoredEntriesOwnAClone)
     EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 50, 1})), 55);
 }
 
-TEST_F(DptValueMapTest, EntriesAreCountedPerMainNumber)
+TEST_F(DptValueMapWithEntries, EntriesAreCountedPerMainNumber)
 {
     EXPECT_EQ(map.GetEntryCount(), 3u);
     ASSERT_EQ(map.GetEntries().size(), 2u);
@@ -194,7 +195,7 @@ TEST_F(DptValueMapTest, EntriesAreCountedPerMainNumber)
     EXPECT_EQ(map.GetEntries().at(40).size(), 1u);
 }
 
-TEST_F(DptValueMapTest, ClearDeletesEveryConverter)
+TEST_F(DptValueMapWithEntries, ClearDeletesEveryConverter)
 {
     const int before = TaggedConverter::live;
     map.Clear();
@@ -203,7 +204,7 @@ TEST_F(DptValueMapTest, ClearDeletesEveryConverter)
     EXPECT_TRUE(map.GetEntries().empty());
 }
 
-TEST_F(DptValueMapTest, CopyOfTheMapClonesEveryConverter)
+TEST_F(DptValueMapWithEntries, CopyOfTheMapClonesEveryConverter)
 {
     const int before = TaggedConverter::live;
     {
@@ -215,7 +216,7 @@ TEST_F(DptValueMapTest, CopyOfTheMapClonesEveryConverter)
     EXPECT_EQ(TaggedConverter::live, before);
 }
 
-TEST_F(DptValueMapTest, CopyFindsItsOwnEntriesAfterTheOriginalIsGone)
+TEST_F(DptValueMapWithEntries, CopyFindsItsOwnEntriesAfterTheOriginalIsGone)
 {
     auto original = std::make_unique<DptValueMap>(map);
     DptValueMap copy(*original);
@@ -227,7 +228,7 @@ TEST_F(DptValueMapTest, CopyFindsItsOwnEntriesAfterTheOriginalIsGone)
     EXPECT_EQ(TagOf(assigned.GetEntry(KNXDPT{8, 40, 3})), 403);
 }
 
-TEST_F(DptValueMapTest, MainNumbersAboveTheCommonRangeAreFoundToo)
+TEST_F(DptValueMapWithEntries, MainNumbersAboveTheCommonRangeAreFoundToo)
 {
     ASSERT_TRUE(Add(map, KNXDPT{8, 255, 0}, ivtByte, 2550));
     ASSERT_TRUE(Add(map, KNXDPT{8, 256, 0}, ivtByte, 2560));
@@ -240,7 +241,7 @@ TEST_F(DptValueMapTest, MainNumbersAboveTheCommonRangeAreFoundToo)
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 257.1")));
 }
 
-TEST_F(DptValueMapTest, ClearForgetsEveryMainNumber)
+TEST_F(DptValueMapWithEntries, ClearForgetsEveryMainNumber)
 {
     map.Clear();
     LogCapture capture;
@@ -248,7 +249,7 @@ TEST_F(DptValueMapTest, ClearForgetsEveryMainNumber)
     EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 9.1")));
 }
 
-TEST_F(DptValueMapTest, AddingAnEntryByMoveKeepsItsConverterWithoutAnotherClone)
+TEST_F(DptValueMapWithEntries, AddingAnEntryByMoveKeepsItsConverterWithoutAnotherClone)
 {
     DptValueEntry entry = MakeEntry(KNXDPT{8, 50, 1}, ivtByte, 501);
     const KnxConverter* converter = entry.GetConverter();
@@ -259,7 +260,7 @@ TEST_F(DptValueMapTest, AddingAnEntryByMoveKeepsItsConverterWithoutAnotherClone)
     EXPECT_EQ(entry.GetConverter(), nullptr);  // NOLINT(bugprone-use-after-move): moved-from state is specified
 }
 
-TEST_F(DptValueMapTest, AddingARepeatedDptByMoveKeepsTheFirstAndDeletesTheSecond)
+TEST_F(DptValueMapWithEntries, AddingARepeatedDptByMoveKeepsTheFirstAndDeletesTheSecond)
 {
     const int before = TaggedConverter::live;
     EXPECT_TRUE(map.AddEntry(KNXDPT{16, 9, 1}, MakeEntry(KNXDPT{16, 9, 1}, ivtFloat, 999)));
@@ -267,7 +268,7 @@ TEST_F(DptValueMapTest, AddingARepeatedDptByMoveKeepsTheFirstAndDeletesTheSecond
     EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{16, 9, 1})), 91);
 }
 
-TEST(DptValueMapNoEntryRecordTest, HasEmptyTypeAndTheDefaultConverter)
+TEST(DptValueMapNoEntryRecord, HasEmptyTypeAndTheDefaultConverter)
 {
     const DptValueEntry& record = DptValueMap::GetNoEntryRecord();
     EXPECT_EQ(record.GetDpt().size, 0);
@@ -276,10 +277,11 @@ TEST(DptValueMapNoEntryRecordTest, HasEmptyTypeAndTheDefaultConverter)
     EXPECT_EQ(record.GetValueType(), ivtEmpty);
     EXPECT_EQ(record.GetValueSubType(), OkaDP::istGeneric);
     ASSERT_NE(record.GetConverter(), nullptr);
-    EXPECT_EQ(typeid(*record.GetConverter()), typeid(KnxConverterDefault));
+    const KnxConverter& converter = *record.GetConverter();
+    EXPECT_EQ(typeid(converter), typeid(KnxConverterDefault));
 }
 
-TEST(DptValueMapNoEntryRecordTest, IsOneRecordSharedByAllMapsAndThreads)
+TEST(DptValueMapNoEntryRecord, IsOneRecordSharedByAllMapsAndThreads)
 {
     const DptValueMap first;
     const DptValueMap second;

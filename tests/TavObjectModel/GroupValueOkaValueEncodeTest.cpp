@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
@@ -334,6 +335,22 @@ TEST(OkaValueToGroupValueBranches, ThirtyTwoBitFloatBeyondSinglePrecisionIsInfin
     ExpectEncodes(TavTest::FloatValue(-1e300), Packed(14, 0), {0xFF, 0x80, 0x00, 0x00}, 32);
     ExpectEncodes(TavTest::FloatValue(std::numeric_limits<double>::infinity()), Packed(14, 0),
                   {0x7F, 0x80, 0x00, 0x00}, 32);
+}
+
+// Narrowing rounds to nearest: up to half a unit in the last place above the largest float
+// (2^103) a double still becomes that float; from there on it is the infinity of its sign.
+TEST(OkaValueToGroupValueBranches, ThirtyTwoBitFloatNarrowsToNearestAtTheEdgeOfTheRange)
+{
+    const double halfUnitAbove = static_cast<double>(std::numeric_limits<float>::max()) + 0x1p103;
+    ExpectEncodes(TavTest::FloatValue(3.4028235e38), Packed(14, 0), {0x7F, 0x7F, 0xFF, 0xFF}, 32);
+    ExpectEncodes(TavTest::FloatValue(-3.4028235e38), Packed(14, 0), {0xFF, 0x7F, 0xFF, 0xFF}, 32);
+    ExpectEncodes(TavTest::FloatValue(1e39), Packed(14, 0), {0x7F, 0x80, 0x00, 0x00}, 32);
+    ExpectEncodes(TavTest::FloatValue(std::nextafter(halfUnitAbove, 0.0)), Packed(14, 0), {0x7F, 0x7F, 0xFF, 0xFF},
+                  32);
+    ExpectEncodes(TavTest::FloatValue(-std::nextafter(halfUnitAbove, 0.0)), Packed(14, 0),
+                  {0xFF, 0x7F, 0xFF, 0xFF}, 32);
+    ExpectEncodes(TavTest::FloatValue(halfUnitAbove), Packed(14, 0), {0x7F, 0x80, 0x00, 0x00}, 32);
+    ExpectEncodes(TavTest::FloatValue(-halfUnitAbove), Packed(14, 0), {0xFF, 0x80, 0x00, 0x00}, 32);
 }
 
 // ---- 32-bit and 24-bit -----------------------------------------------------------------

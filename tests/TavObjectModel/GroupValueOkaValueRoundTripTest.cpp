@@ -4,6 +4,7 @@
 #include "support/LogCapture.h"
 
 #include <TavObjectModel/GroupValueOkaValue.h>
+#include <TavObjectModel/KnxValueConverter.h>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@
 #include <cstdint>
 #include <limits>
 #include <ostream>
+#include <ios>
 #include <string>
 #include <vector>
 
@@ -268,3 +270,65 @@ TEST_F(GroupValueOkaValueAsymmetry, MainsWithTypeButNoBranchAreDecodedEmptyAndNo
     }
 }
 } // namespace
+
+// ---- DPT 14: both paths narrow alike ----------------------------------------------------
+
+namespace
+{
+// Doubles around the edges of the single range: the largest float and half a unit above it,
+// the smallest normal float, the subnormals and what lies below the smallest of them; each a
+// few steps either way, both signs.
+std::vector<double> DoublesAtTheSingleRangeEdges()
+{
+    const double largest = std::numeric_limits<float>::max();
+    const double anchors[] = {largest,
+                              largest + 0x1p103,
+                              std::numeric_limits<float>::min(),
+                              std::numeric_limits<float>::min() / 2,
+                              std::numeric_limits<float>::denorm_min(),
+                              std::numeric_limits<float>::denorm_min() / 2,
+                              std::numeric_limits<float>::denorm_min() / 4,
+                              1e39,
+                              std::numeric_limits<double>::max()};
+    std::vector<double> doubles;
+    for (const double anchor : anchors)
+    {
+        for (const double sign : {1.0, -1.0})
+        {
+            double below = sign * anchor;
+            double above = sign * anchor;
+            doubles.push_back(sign * anchor);
+            for (int step = 0; step < 3; ++step)
+            {
+                below = std::nextafter(below, 0.0);
+                above = std::nextafter(above, sign * std::numeric_limits<double>::infinity());
+                doubles.push_back(below);
+                doubles.push_back(above);
+            }
+        }
+    }
+    return doubles;
+}
+} // namespace
+
+TEST(GroupValueOkaValueNarrowing, CodecAndTableDrivenConverterWriteTheSameSingle)
+{
+    Okaro::KnxValueConverter front;
+    for (const double number : DoublesAtTheSingleRangeEdges())
+    {
+        SCOPED_TRACE(testing::Message() << std::hexfloat << number);
+        const OKAVALUE value = TavTest::FloatValue(number);
+        const auto codec = Okaro::OkaValueToGroupValue(value, Packed(14, 0));
+        ASSERT_TRUE(codec.has_value());
+        KnxStack::GroupValue table;
+        ASSERT_TRUE(front.ToKnxValue(KNXDPT{32, 14, 0}, value, table));
+        EXPECT_EQ(TavTest::BytesOf(*codec), TavTest::BytesOf(table));
+
+        // What is on the bus reads back as the narrowed number on both paths.
+        const auto decoded = Okaro::GroupValueToOkaValue(*codec, Packed(14, 0));
+        ASSERT_TRUE(decoded.has_value());
+        OKAVALUE read;
+        ASSERT_TRUE(front.FromKnxValue(KNXDPT{32, 14, 0}, table, read));
+        EXPECT_EQ(decoded->numeric.real, read.numeric.real);
+    }
+}

@@ -8,6 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
+#include <vector>
 
 using namespace Okaro;
 using namespace TavTest;
@@ -350,6 +352,34 @@ TEST_F(KnxConverterFloat32, HasNoRangeCheck)
 {
     ASSERT_TRUE(converter.ToKnxValue(dpt, FloatValue(1e39), out));
     EXPECT_THAT(BytesOf(out), ElementsAre(0x7Fu, 0x80u, 0x00u, 0x00u));  // +infinity
+}
+
+// As the codec's DPT 14 branch: round to nearest, so the edge of the single range gives the
+// largest float up to half a unit above it (2^103), the infinity from there on.
+TEST_F(KnxConverterFloat32, NarrowsToNearestAtTheEdgeOfTheRange)
+{
+    const double halfUnitAbove = static_cast<double>(std::numeric_limits<float>::max()) + 0x1p103;
+    const struct
+    {
+        double number;
+        std::vector<unsigned int> bytes;
+    } rows[] = {
+        {3.4028235e38, {0x7F, 0x7F, 0xFF, 0xFF}},
+        {-3.4028235e38, {0xFF, 0x7F, 0xFF, 0xFF}},
+        {1e39, {0x7F, 0x80, 0x00, 0x00}},
+        {std::nextafter(halfUnitAbove, 0.0), {0x7F, 0x7F, 0xFF, 0xFF}},
+        {-std::nextafter(halfUnitAbove, 0.0), {0xFF, 0x7F, 0xFF, 0xFF}},
+        {halfUnitAbove, {0x7F, 0x80, 0x00, 0x00}},
+        {-halfUnitAbove, {0xFF, 0x80, 0x00, 0x00}},
+        {std::numeric_limits<double>::max(), {0x7F, 0x80, 0x00, 0x00}},
+        {-std::numeric_limits<double>::max(), {0xFF, 0x80, 0x00, 0x00}},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.number);
+        ASSERT_TRUE(converter.ToKnxValue(dpt, FloatValue(row.number), out));
+        EXPECT_THAT(BytesOf(out), ElementsAre(row.bytes[0], row.bytes[1], row.bytes[2], row.bytes[3]));
+    }
 }
 
 TEST_F(KnxConverterFloat32, InvalidValueIsSentAsAQuietNan)

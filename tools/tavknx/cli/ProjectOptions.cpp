@@ -9,7 +9,6 @@
 
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 
 namespace TavKnx
 {
@@ -31,12 +30,16 @@ std::string ProjectPassword(const Invocation& invocation)
     {
         const std::string path = invocation.options["password-file"].as<std::string>();
         std::ifstream file(path, std::ios::binary);
-        std::ostringstream content;
-        if (!file || !(content << file.rdbuf()) || file.bad())
+        std::string password(kMaxPasswordFileBytes + 1, '\0');
+        if (file)
+        {
+            file.read(&password[0], static_cast<std::streamsize>(password.size()));
+        }
+        if (!file && !file.eof())
         {
             throw UsageError("--password-file: cannot read " + Quote(path));
         }
-        std::string password = content.str();
+        password.resize(static_cast<std::size_t>(file.gcount()));
         if (password.size() > kMaxPasswordFileBytes)
         {
             throw UsageError("--password-file: " + Quote(path) + " is too large for a password file");

@@ -1,6 +1,6 @@
 # Debian packages of the installed components (`make package`, or `cpack -G DEB` in a build
 # directory configured with CMAKE_INSTALL_PREFIX=/usr):
-#   libtavobjectmodel1     Runtime      the shared libraries
+#   libtavobjectmodel1     Runtime      the shared libraries (the ETS project reader included)
 #   libtavobjectmodel-dev  Development  headers, linker names, CMake package and pkg-config file
 #   tavknx                 Tool         the command-line tool and its data files
 #
@@ -57,10 +57,14 @@ set(TAV_DEB_LOG4CPLUS_PACKAGE liblog4cplus-2.0.5 CACHE STRING
   "Debian package of the log4cplus shared library (for cross-built packages)")
 set(TAV_DEB_EIBCLIENT_PACKAGE knxd-tools CACHE STRING
   "Debian package of knxd's client library (for cross-built packages)")
+set(TAV_DEB_LIBZIP_PACKAGE libzip4 CACHE STRING
+  "Debian package of the libzip shared library (for cross-built packages)")
+set(TAV_DEB_LIBCRYPTO_PACKAGE libssl3 CACHE STRING
+  "Debian package of OpenSSL's libcrypto (for cross-built packages)")
 if(CMAKE_CROSSCOMPILING)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS OFF)
   set(_tav_base_depends "libc6, libgcc-s1, libstdc++6")
-  set(_tav_runtime_depends "${_tav_base_depends}, libboost-thread${_tav_boost}.0, libboost-chrono${_tav_boost}.0, libboost-timer${_tav_boost}.0, libboost-date-time${_tav_boost}.0, libboost-filesystem${_tav_boost}.0, libboost-system${_tav_boost}.0, ${TAV_DEB_LOG4CPLUS_PACKAGE}")
+  set(_tav_runtime_depends "${_tav_base_depends}, libboost-thread${_tav_boost}.0, libboost-chrono${_tav_boost}.0, libboost-timer${_tav_boost}.0, libboost-date-time${_tav_boost}.0, libboost-filesystem${_tav_boost}.0, libboost-system${_tav_boost}.0, ${TAV_DEB_LOG4CPLUS_PACKAGE}, ${TAV_DEB_LIBZIP_PACKAGE}, ${TAV_DEB_LIBCRYPTO_PACKAGE}")
   set(_tav_tool_depends "${_tav_base_depends}, libboost-filesystem${_tav_boost}.0, libboost-program-options${_tav_boost}.0, ${TAV_DEB_LOG4CPLUS_PACKAGE}, ${TAV_DEB_EIBCLIENT_PACKAGE}, ")
 else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
@@ -69,7 +73,7 @@ else()
   # dpkg-shlibdeps finds the project's own libraries in the build tree (and leaves them to the
   # explicit dependency on the runtime package below).
   file(GENERATE OUTPUT ${PROJECT_BINARY_DIR}/CPackProjectConfig.cmake
-    CONTENT "set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS \"$<TARGET_FILE_DIR:tavobjectmodel>;$<TARGET_FILE_DIR:tavplatform>\")\n")
+    CONTENT "set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS \"$<TARGET_FILE_DIR:tavobjectmodel>;$<TARGET_FILE_DIR:tavplatform>;$<TARGET_FILE_DIR:tavproject>\")\n")
   set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_BINARY_DIR}/CPackProjectConfig.cmake)
 endif()
 
@@ -84,7 +88,7 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # Each description's first line is the package's synopsis.
 set(_tav_about "The object-model layer of a KNX home-automation controller: conversion between KNX\ngroup values and the controller's values, and requests to its device stack.")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
-  "KNX object-model library for home-automation controllers\n${_tav_about}\n.\nThis package holds the shared libraries libtavobjectmodel and libtavplatform.")
+  "KNX object-model library for home-automation controllers\n${_tav_about}\n.\nThis package holds the shared libraries libtavobjectmodel, libtavplatform and\nlibtavproject (the reader of ETS project files).")
 
 # The headers include Boost and log4cplus headers, and the CMake package finds Boost's
 # components and log4cplus (through pkg-config) again: the versions the libraries were built with.
@@ -94,7 +98,7 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
   "${CPACK_DEBIAN_RUNTIME_PACKAGE_NAME} (= ${_tav_version}), libboost${_tav_boost}-dev, libboost-thread${_tav_boost}-dev, libboost-date-time${_tav_boost}-dev, libboost-timer${_tav_boost}-dev, libboost-filesystem${_tav_boost}-dev, libboost-system${_tav_boost}-dev, liblog4cplus-dev, pkg-config")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
-  "KNX object-model library for home-automation controllers (development files)\n${_tav_about}\n.\nThis package holds the headers, the CMake package (find_package(TavObjectModel))\nand the pkg-config file tavobjectmodel.pc.")
+  "KNX object-model library for home-automation controllers (development files)\n${_tav_about}\n.\nThis package holds the headers, the CMake package (find_package(TavObjectModel))\nand the pkg-config file tavobjectmodel.pc; the ETS project reader is the\nCMake target TavObjectModel::tavproject.")
 
 set(CPACK_DEBIAN_TOOL_PACKAGE_NAME tavknx)
 set(CPACK_DEBIAN_TOOL_PACKAGE_SECTION utils)
@@ -103,6 +107,6 @@ set(CPACK_DEBIAN_TOOL_PACKAGE_DEPENDS
 # The live-bus commands talk to a knxd.
 set(CPACK_DEBIAN_TOOL_PACKAGE_SUGGESTS knxd)
 set(CPACK_DEBIAN_TOOL_DESCRIPTION
-  "Command-line tool for KNX group values and telegrams\ntavknx decodes and encodes KNX group values, reads group address maps, and\nmonitors and sends telegrams on a live bus through knxd.")
+  "Command-line tool for KNX group values and telegrams\ntavknx decodes and encodes KNX group values, reads group address maps and ETS\nprojects, and monitors and sends telegrams on a live bus through knxd.")
 
 include(CPack)

@@ -18,8 +18,10 @@ fail() {
 }
 
 declare -A expected=(
-  [libtavobjectmodel1]="usr/lib/$multiarch/libtavobjectmodel.so.1 usr/lib/$multiarch/libtavplatform.so.1"
+  [libtavobjectmodel1]="usr/lib/$multiarch/libtavobjectmodel.so.1 usr/lib/$multiarch/libtavplatform.so.1
+    usr/lib/$multiarch/libtavproject.so.1"
   [libtavobjectmodel-dev]="usr/lib/$multiarch/libtavobjectmodel.so usr/lib/$multiarch/libtavplatform.so
+    usr/lib/$multiarch/libtavproject.so usr/include/project/ProjectReader.h usr/include/project/ProjectModel.h
     usr/include/TavObjectModel/TavObjectModel.h usr/include/TavObjectModel/GroupValueOkaValue.h
     usr/include/platform/GroupValue.h usr/include/Tav/MeasureDuration.h
     usr/lib/$multiarch/cmake/TavObjectModel/TavObjectModelConfig.cmake
@@ -78,7 +80,8 @@ for deb in "${debs[@]}"; do
     fi
     for needed in $(readelf -d "$elf" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p'); do
       # The project's own libraries come from the runtime package.
-      if [[ "$needed" == libtavobjectmodel.so.* || "$needed" == libtavplatform.so.* ]]; then
+      if [[ "$needed" == libtavobjectmodel.so.* || "$needed" == libtavplatform.so.* ||
+            "$needed" == libtavproject.so.* ]]; then
         provider="libtavobjectmodel1"
         [ "$package" = "$provider" ] && continue
       else

@@ -155,6 +155,62 @@ case "$group" in
     [ "$code" = 2 ] && grep -qF -- "tavknx monitor: --map: cannot read map file '$tmp/missing.txt'" "$tmp/err" ||
       fail "missing map: exit $code, stderr $(cat "$tmp/err")"
     ;;
+  project)
+    # An ETS project as the map (written by KnxprojFixture): its DPTs decode, its names show,
+    # in the text line after the group address and in JSON as "name".
+    fixture() { "${runner[@]}" "$TAV_KNXPROJ_FIXTURE" "$@" || fail "KnxprojFixture $* failed"; }
+    fixture "$tmp/ets5.knxproj" 20
+    fixture "$tmp/ets6-protected.knxproj" 22 'Geheim 1'
+    printf 'Geheim 1\n' >"$tmp/password"
+    project_telegrams() {
+      knxtool_run groupswrite 1/0/0 1
+      knxtool_run groupwrite 2/2/0 0c 1a
+      knxtool_run groupswrite 0/0/1 1
+      knxtool_run groupwrite 3/0/0 12
+    }
+    for format in json text; do
+      json=""
+      [ "$format" = json ] && json=--json
+      start_monitor --map "$tmp/ets5.knxproj" --count 4 --timeout 60 $json || exit 1
+      project_telegrams
+      wait_monitor
+      [ "$monitor_code" = 0 ] || fail "project map: monitor exit $monitor_code: $(cat "$tmp/mon.err")"
+      if [ "$format" = json ]; then
+        normalized "$tmp/mon.out" >"$tmp/mon.result"
+      else
+        sed -E 's/^[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:.]{12}Z [0-9]+\.[0-9]+\.[0-9]+ /T S /' "$tmp/mon.out" >"$tmp/mon.result"
+      fi
+      compare "$data/live-project.expected.$format" "$tmp/mon.result" "the monitor's $format output with a project"
+    done
+    # The protected project: its password from the file or the environment, else exit 1.
+    TAVKNX_PROJECT_PASSWORD='Geheim 1' start_monitor --map "$tmp/ets6-protected.knxproj" --count 4 --timeout 60 --json ||
+      exit 1
+    project_telegrams
+    wait_monitor
+    [ "$monitor_code" = 0 ] || fail "protected project map: monitor exit $monitor_code: $(cat "$tmp/mon.err")"
+    normalized "$tmp/mon.out" >"$tmp/mon.result"
+    compare "$data/live-project.expected.json" "$tmp/mon.result" "the monitor's output with a protected project"
+    start_monitor --map "$tmp/ets6-protected.knxproj" --password-file "$tmp/password" --count 1 --timeout 60 || exit 1
+    knxtool_run groupswrite 1/0/0 1
+    wait_monitor
+    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.1 codec: ' "$tmp/mon.out" ||
+      fail "protected project map with --password-file: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
+    for password in "" wrong; do
+      TAVKNX_PROJECT_PASSWORD="$password" "${runner[@]}" "$tavknx" monitor --url "$url" \
+        --map "$tmp/ets6-protected.knxproj" >"$tmp/out" 2>"$tmp/err"
+      code=$?
+      want="tavknx monitor: --map: project is password-protected: give --password-file or TAVKNX_PROJECT_PASSWORD"
+      [ -n "$password" ] && want="tavknx monitor: --map: wrong project password"
+      [ "$code" = 1 ] && [ ! -s "$tmp/out" ] && grep -qxF -- "$want" "$tmp/err" ||
+        fail "protected project map, password '$password': exit $code, stderr $(cat "$tmp/err")"
+    done
+    # A broken project: exit 1, before any connection.
+    head -c 300 "$tmp/ets5.knxproj" >"$tmp/broken.knxproj"
+    "${runner[@]}" "$tavknx" monitor --url "$url" --map "$tmp/broken.knxproj" >"$tmp/out" 2>"$tmp/err"
+    code=$?
+    [ "$code" = 1 ] && grep -qxF -- "tavknx monitor: --map: $tmp/broken.knxproj: not a zip archive" "$tmp/err" ||
+      fail "broken project map: exit $code, stderr $(cat "$tmp/err")"
+    ;;
   hostile)
     # Services that are not group values, a value longer than any DPT, long values on short
     # DPTs: each printed, none stops the monitor.

@@ -231,8 +231,84 @@ garbage)
   no_crash $'\xff' $'\x80'
   no_crash ids describe $'\xff'
   ;;
+project)
+  # The fixture installation of the project reader's tests, written by KnxprojFixture.
+  unset TAVKNX_PROJECT_PASSWORD
+  fixture() { "${runner[@]}" "$TAV_KNXPROJ_FIXTURE" "$@" || { echo "KnxprojFixture $* failed" >&2; exit 1; }; }
+  fixture "$tmp/ets5.knxproj" 20
+  fixture "$tmp/ets5-protected.knxproj" 20 'Geheim 1'
+  fixture "$tmp/ets4-protected.knxproj" 11 'Geheim 1'
+  fixture "$tmp/ets6-protected.knxproj" 22 'Geheim 1'
+  expect 0 'project P-0242: Haus & Hof
+  schema 20, tool 5.7.1093.38570, group address style ThreeLevel, last modified 2023-05-04T10:11:12.123Z
+group addresses: 5
+  0/0/1  -    Unused
+  1/0/0  1.1  Kitchen light
+  1/0/1  1.1  Kitchen light central
+  1/0/2  1    Kitchen light status
+  2/2/0  9.1  Living temperature (data secure)
+devices: 2
+  1.1.2  Temperature Sensor, order number TS-1.01, manufacturer MDT technologies
+    3  Temperature  Measure  9.1  CRT  2/2/0
+  1.1.5  Kitchen actuator, order number AKS-1216.01, manufacturer MDT technologies
+    0  Channel A  Switch on/off  1.1  CWU  1/0/0  1/0/1
+    1  Kitchen status  Status  1.11  CRT  1/0/2' project "$tmp/ets5.knxproj"
+  # The application program of 1.1.2 is not in the archive: its objects come from the instance.
+  expect_err 0 'WARN  ProjectXmlReader.cpp:111 ReadProject - device 1.1.2: application program M-0083_A-0099-10-AAAA is missing' \
+    project "$tmp/ets5.knxproj"
+  expect 0 '{"info":{"projectId":"P-0242","name":"Haus & Hof","schemaVersion":20,"toolVersion":"5.7.1093.38570","groupAddressStyle":"ThreeLevel","lastModified":"2023-05-04T10:11:12.123Z"},"groupAddresses":[{"address":"0/0/1","raw":1,"name":"Unused","description":"","dpt":null,"dataSecure":false},{"address":"1/0/0","raw":2048,"name":"Kitchen light","description":"ceiling","dpt":{"main":1,"sub":1},"dataSecure":false},{"address":"1/0/1","raw":2049,"name":"Kitchen light central","description":"","dpt":{"main":1,"sub":1},"dataSecure":false},{"address":"1/0/2","raw":2050,"name":"Kitchen light status","description":"","dpt":{"main":1,"sub":null},"dataSecure":false},{"address":"2/2/0","raw":4608,"name":"Living temperature","description":"","dpt":{"main":9,"sub":1},"dataSecure":true}],"devices":[{"address":"1.1.2","name":"Temperature Sensor","orderNumber":"TS-1.01","manufacturer":"MDT technologies","communicationObjects":[{"number":3,"name":"Temperature","function":"Measure","dpt":{"main":9,"sub":1},"flags":"CRT","groupAddresses":["2/2/0"]}]},{"address":"1.1.5","name":"Kitchen actuator","orderNumber":"AKS-1216.01","manufacturer":"MDT technologies","communicationObjects":[{"number":0,"name":"Channel A","function":"Switch on/off","dpt":{"main":1,"sub":1},"flags":"CWU","groupAddresses":["1/0/0","1/0/1"]},{"number":1,"name":"Kitchen status","function":"Status","dpt":{"main":1,"sub":11},"flags":"CRT","groupAddresses":["1/0/2"]}]}]}' \
+    project "$tmp/ets5.knxproj" --json
+  map='# Group address map of ETS project P-0242 (Haus & Hof)
+# 0/0/1;?  # Unused
+1/0/0;1.001  # Kitchen light
+1/0/1;1.001  # Kitchen light central
+1/0/2;1  # Kitchen light status
+2/2/0;9.001  # Living temperature'
+  expect 0 "$map" project "$tmp/ets5.knxproj" --format map
+  expect 0 "$map" project --format map "$tmp/ets5.knxproj" --password-file /dev/null
+
+  # Passwords: the first line of --password-file (line end and CR dropped), else the
+  # environment; the file wins over the environment.
+  printf 'Geheim 1\n' >"$tmp/password"
+  printf 'Geheim 1\r\nsecond line\n' >"$tmp/password-crlf"
+  printf 'geheim 1' >"$tmp/password-wrong"
+  for project in ets4-protected ets5-protected ets6-protected; do
+    expect 0 "$map" project "$tmp/$project.knxproj" --format map --password-file "$tmp/password"
+    expect 0 "$map" project "$tmp/$project.knxproj" --format map --password-file "$tmp/password-crlf"
+    TAVKNX_PROJECT_PASSWORD='Geheim 1' expect 0 "$map" project "$tmp/$project.knxproj" --format map
+    TAVKNX_PROJECT_PASSWORD=wrong expect 0 "$map" project "$tmp/$project.knxproj" --format map \
+      --password-file "$tmp/password"
+    expect_err 1 'tavknx project: project is password-protected: give --password-file or TAVKNX_PROJECT_PASSWORD' \
+      project "$tmp/$project.knxproj"
+    [ -s "$tmp/out" ] && fail project "$tmp/$project.knxproj" "(stdout not empty)"
+    expect_err 1 'tavknx project: wrong project password' project "$tmp/$project.knxproj" \
+      --password-file "$tmp/password-wrong"
+    TAVKNX_PROJECT_PASSWORD='geheim 1' expect_err 1 'tavknx project: wrong project password' \
+      project "$tmp/$project.knxproj" --json
+    [ -s "$tmp/out" ] && fail project "$tmp/$project.knxproj" --json "(stdout not empty)"
+  done
+
+  # Files that are no project: exit 1, the file and the reason on stderr.
+  printf 'Address;DatapointType\n' >"$tmp/text.knxproj"
+  head -c 300 "$tmp/ets5.knxproj" >"$tmp/truncated.knxproj"
+  : >"$tmp/empty.knxproj"
+  expect_err 1 "tavknx project: $tmp/text.knxproj: not a zip archive" project "$tmp/text.knxproj"
+  expect_err 1 "tavknx project: $tmp/truncated.knxproj: not a zip archive" project "$tmp/truncated.knxproj"
+  expect_err 1 "tavknx project: $tmp/empty.knxproj:" project "$tmp/empty.knxproj"
+  expect_err 1 "tavknx project: $tmp/missing.knxproj: cannot read" project "$tmp/missing.knxproj"
+  expect_err 1 "tavknx project: $tmp:" project "$tmp"
+
+  expect_usage 'tavknx project: expected FILE, got 0 arguments' project
+  expect_usage 'tavknx project: expected FILE, got 2 arguments' project a b
+  expect_usage "tavknx project: --format: expected 'text' or 'map', got 'xml'" project "$tmp/ets5.knxproj" --format xml
+  expect_usage 'tavknx project: --format map and --json: give one of them' project "$tmp/ets5.knxproj" --format map --json
+  expect_usage "tavknx project: --password-file: cannot read '$tmp/missing'" \
+    project "$tmp/ets5-protected.knxproj" --password-file "$tmp/missing"
+  # Never a password on the command line.
+  expect_usage "tavknx project: unrecognised option '--password'" project "$tmp/ets5-protected.knxproj" --password x
+  ;;
 help)
-  for command in "" decode check encode from-knx to-knx dpts ids config demo monitor send; do
+  for command in "" decode check encode from-knx to-knx dpts ids config demo monitor send project; do
     run $command --help
     if [ "$code" != 0 ] || ! grep -q '^Usage: tavknx' "$tmp/out" || ! grep -q 'Examples' "$tmp/out"; then
       fail $command --help

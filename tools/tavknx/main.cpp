@@ -52,7 +52,8 @@ void PrintToolHelp(const std::vector<Command>& commands, std::ostream& out)
         << "  tavknx ids describe 100101\n"
         << "  tavknx demo\n"
         << "  tavknx monitor --map groups.txt           live telegrams through knxd\n"
-        << "  tavknx send 2/0/3 9.001 float:21.5\n";
+        << "  tavknx send 2/0/3 9.001 float:21.5\n"
+        << "  tavknx project installation.knxproj       the ETS project's group addresses and devices\n";
 }
 
 void PrintCommandHelp(const Command& command, const po::options_description& options, std::ostream& out)
@@ -141,6 +142,12 @@ int Run(int argc, char** argv)
     catch (const UsageError& error)
     {
         return Usage(commandName, error.what());
+    }
+    catch (const Refusal& error)
+    {
+        std::cout.flush();
+        std::cerr << kProgram << " " << commandName << ": " << error.what() << "\n";
+        return kExitRefused;
     }
     // Text the KNX pieces refused came from the command line: a usage error, same text.
     catch (const TextError& error)

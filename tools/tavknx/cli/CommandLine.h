@@ -29,6 +29,14 @@ public:
     explicit UsageError(const std::string& message) : std::runtime_error(message) {}
 };
 
+// The library refused what came from outside (a project it cannot read, say): the message goes
+// to stderr as it is. Exit code 1.
+class Refusal : public std::runtime_error
+{
+public:
+    explicit Refusal(const std::string& message) : std::runtime_error(message) {}
+};
+
 // One command line after parsing: the positional arguments after the command name and the
 // options, common ones included.
 struct Invocation

@@ -15,4 +15,6 @@ void AddDemoCommand(std::vector<Command>& commands);
 // The live bus through knxd.
 void AddMonitorCommand(std::vector<Command>& commands);
 void AddSendCommand(std::vector<Command>& commands);
+// The ETS project.
+void AddProjectCommand(std::vector<Command>& commands);
 } // namespace TavKnx

@@ -1,10 +1,12 @@
 // monitor: every group telegram on the bus, through knxd, decoded as the controller's
 // applications would see it.
 #include "cli/KnxdUrlOption.h"
+#include "cli/ProjectOptions.h"
 #include "cli/StopSignal.h"
 #include "commands/Commands.h"
 #include "knx/GroupAddressMap.h"
 #include "knx/NumberText.h"
+#include "knx/ProjectMap.h"
 #include "knx/TelegramReport.h"
 #include "knxd/KnxdConnection.h"
 
@@ -48,9 +50,10 @@ void AddMonitorOptions(po::options_description& options)
     AddKnxdUrlOption(options);
     options.add_options()
         ("map", po::value<std::string>()->value_name("FILE"),
-         "group address to DPT map: 'GA;DPT' lines, or the commissioning software's CSV export")
+         "group address to DPT map: 'GA;DPT' lines, the commissioning software's CSV export, or an ETS project (.knxproj)")
         ("count", po::value<std::string>()->value_name("N"), "stop after N telegrams")
         ("timeout", po::value<std::string>()->value_name("SECONDS"), "stop after SECONDS");
+    AddProjectPasswordOption(options);
 }
 
 GroupAddressMap LoadMap(const Invocation& invocation)
@@ -60,6 +63,10 @@ GroupAddressMap LoadMap(const Invocation& invocation)
         return GroupAddressMap();
     }
     const std::string file = invocation.options["map"].as<std::string>();
+    if (IsProjectFile(file))
+    {
+        return MapFromProject(ReadProject(invocation, file, "--map: "));
+    }
     std::vector<MapProblem> problems;
     GroupAddressMap map;
     try
@@ -222,12 +229,14 @@ int RunMonitor(const Invocation& invocation)
 void AddMonitorCommand(std::vector<Command>& commands)
 {
     commands.push_back(
-        {"monitor", "monitor [--url URL] [--map FILE] [--count N] [--timeout SECONDS]",
+        {"monitor", "monitor [--url URL] [--map FILE] [--password-file FILE] [--count N] [--timeout SECONDS]",
          "print the group telegrams on the bus through knxd, decoded by both paths",
          "Connects to knxd, opens its group socket and prints one line per group telegram: time (UTC),\n"
          "source, group address, kind (write, read, response), the value's bytes and bits and, where\n"
          "the map gives the group address a DPT, the value decoded by GroupValueToOkaValue (codec) and by\n"
          "the table-driven FromKnxValue (table). A short value (up to 6 bits) arrives with size 6.\n"
+         "The map may be an ETS project (.knxproj): its group addresses' DPTs, and their names, which\n"
+         "follow the group address in quotes (JSON: \"name\"). Its password as for the project command.\n"
          "A telegram that does not decode is printed as refused; the library's log lines say why.\n"
          "When knxd goes away the monitor says so, tries again (at most every 5 s) and carries on.\n"
          "Ends after --count telegrams, after --timeout seconds (exit 1 when --count was not reached),\n"
@@ -235,6 +244,7 @@ void AddMonitorCommand(std::vector<Command>& commands)
          "Examples:\n"
          "  tavknx monitor --map groups.txt\n"
          "  tavknx monitor --url ip:192.168.1.10 --map export.csv --json\n"
+         "  TAVKNX_PROJECT_PASSWORD=secret tavknx monitor --map installation.knxproj\n"
          "  tavknx monitor --url local:/tmp/knx --count 10 --timeout 30\n",
          AddMonitorOptions, RunMonitor});
 }

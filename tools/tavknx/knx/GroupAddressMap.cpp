@@ -421,4 +421,33 @@ const KNXDPT* GroupAddressMap::Find(std::uint16_t groupAddress) const
     const auto found = entries_.find(groupAddress);
     return found == entries_.end() ? nullptr : &found->second;
 }
+
+const std::string* GroupAddressMap::FindName(std::uint16_t groupAddress) const
+{
+    const auto found = names_.find(groupAddress);
+    return found == names_.end() ? nullptr : &found->second;
+}
+
+void GroupAddressMap::Set(std::uint16_t groupAddress, const KNXDPT& dpt)
+{
+    entries_[groupAddress] = dpt;
+}
+
+void GroupAddressMap::SetName(std::uint16_t groupAddress, const std::string& name)
+{
+    if (name.empty())
+    {
+        names_.erase(groupAddress);
+        return;
+    }
+    std::string shown = name;
+    for (char& c : shown)
+    {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f)
+        {
+            c = ' ';
+        }
+    }
+    names_[groupAddress] = std::move(shown);
+}
 } // namespace TavKnx

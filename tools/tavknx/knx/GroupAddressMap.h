@@ -2,6 +2,7 @@
 // Which DPT each group address carries, read from a map file: either simple text
 // ("group address;DPT" per line, '#' comments) or the group address CSV export of the
 // commissioning software (header line with the columns "Address" and "DatapointType").
+// A map built from an ETS project (knx/ProjectMap.h) also names the group addresses.
 #include <platform/KnxDpt.h>
 
 #include <cstddef>
@@ -30,9 +31,17 @@ public:
 
     // The DPT of a group address (size 0), or null when the map does not name it.
     const KNXDPT* Find(std::uint16_t groupAddress) const;
+    // The group address's name, or null when the map gives none (the text formats never do).
+    const std::string* FindName(std::uint16_t groupAddress) const;
     std::size_t Size() const { return entries_.size(); }
+
+    // For maps built from elsewhere (an ETS project): a later entry for the same address wins.
+    void Set(std::uint16_t groupAddress, const KNXDPT& dpt);
+    // An empty name is not kept; control characters become blanks, so a name stays on its line.
+    void SetName(std::uint16_t groupAddress, const std::string& name);
 
 private:
     std::map<std::uint16_t, KNXDPT> entries_;
+    std::map<std::uint16_t, std::string> names_;
 };
 } // namespace TavKnx

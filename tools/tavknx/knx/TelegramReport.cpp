@@ -103,6 +103,7 @@ std::string TelegramReporter::Report(const GroupTelegram& telegram, std::chrono:
                                      bool json)
 {
     const KNXDPT* mapped = map_.Find(telegram.destination);
+    const std::string* name = map_.FindName(telegram.destination);
     boost::optional<Decoded> decoded;
     if (mapped != nullptr && telegram.HasValue())
     {
@@ -128,8 +129,12 @@ std::string TelegramReporter::Report(const GroupTelegram& telegram, std::chrono:
         JsonObject object;
         object.Add("time", FormatTime(received))
             .Add("source", FormatIndividualAddress(telegram.source))
-            .Add("ga", FormatGroupAddress(telegram.destination))
-            .Add("kind", KindName(telegram.kind))
+            .Add("ga", FormatGroupAddress(telegram.destination));
+        if (name != nullptr)
+        {
+            object.Add("name", *name);
+        }
+        object.Add("kind", KindName(telegram.kind))
             .Add("hex", hex)
             .Add("bits", ValueBits(telegram));
         if (mapped != nullptr)
@@ -147,7 +152,13 @@ std::string TelegramReporter::Report(const GroupTelegram& telegram, std::chrono:
     }
 
     std::string line = FormatTime(received) + " " + FormatIndividualAddress(telegram.source) + " " +
-                       FormatGroupAddress(telegram.destination) + " " + KindName(telegram.kind);
+                       FormatGroupAddress(telegram.destination);
+    if (name != nullptr)
+    {
+        // Quoted: names have blanks, and the fields after it stay where scripts look for them.
+        line += " \"" + *name + "\"";
+    }
+    line += std::string(" ") + KindName(telegram.kind);
     if (telegram.kind != TelegramKind::Read)
     {
         line += " " + (hex.empty() ? std::string("-") : hex);

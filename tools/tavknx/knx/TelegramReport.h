@@ -1,5 +1,6 @@
 #pragma once
-// One line per group telegram for `tavknx monitor`: time, source, group address, kind, the
+// One line per group telegram for `tavknx monitor`: time, source, group address (with its name
+// where the map has one), kind, the
 // value's bytes and, where the map gives the group address a DPT, the value decoded by the
 // switch-driven codec (GroupValueToOkaValue) and by the table-driven front (FromKnxValue).
 #include "knx/GroupAddressMap.h"

@@ -37,7 +37,7 @@ std::string Text(const OKAVALUE& value)
 class TimeOfDayConverter : public StructuredConverter
 {
 protected:
-    const KnxConverterTimeOfDay converter;
+    const KnxConverterTimeOfDay converter{};
     const KNXDPT dpt{24, 10, 1};
 };
 

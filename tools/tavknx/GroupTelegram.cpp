@@ -80,7 +80,12 @@ GroupTelegram ParseGroupTelegram(std::uint16_t source, std::uint16_t destination
 std::vector<std::uint8_t> MakeWriteApdu(const KnxStack::GroupValue& value)
 {
     const KnxStack::BinaryData& raw = value.GetRawData();
-    std::vector<std::uint8_t> apdu{0x00, static_cast<std::uint8_t>(kApciWrite << 6)};
+    // Room for the payload first: appending to a vector built from a two-byte list makes
+    // GCC 12 warn of a copy out of bounds that cannot happen.
+    std::vector<std::uint8_t> apdu;
+    apdu.reserve(2 + raw.GetSize());
+    apdu.push_back(0x00);
+    apdu.push_back(static_cast<std::uint8_t>(kApciWrite << 6));
     if (value.GetDefinedSize() <= kShortValueBits)
     {
         if (raw.GetSize() > 0)

@@ -13,7 +13,8 @@ build="${FUZZ_BUILD_DIR:-build-fuzz}"
 bash scripts/install-deps.sh clang libclang-rt-dev
 
 cmake -S . -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Release \
-  -DTAV_BUILD_FUZZ=ON -DTAV_BUILD_TESTS=OFF -DTAV_BUILD_TOOLS=OFF >/dev/null
+  -DTAV_BUILD_FUZZ=ON -DTAV_BUILD_TESTS=OFF -DTAV_BUILD_TOOLS=OFF \
+  -DTAV_WARNINGS_AS_ERRORS="${TAV_WARNINGS_AS_ERRORS:-OFF}" ${FUZZ_CMAKE_ARGS:-} >/dev/null
 cmake --build "$build" --target fuzzers -j "${JOBS:-$(nproc)}"
 
 harnesses=("$@")

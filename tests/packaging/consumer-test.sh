@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the build into a temporary prefix, then configures, builds and runs the consumer
-# example against it; also checks the installed libraries' SONAME and the pkg-config file.
+# examples against it (one of them without LD_LIBRARY_PATH); also checks the installed
+# libraries' SONAME and the pkg-config file.
 # Usage: consumer-test.sh BUILD-DIR CONSUMER-SOURCE-DIR
 set -euo pipefail
 build="$1"
@@ -40,6 +41,15 @@ cmake -S "$consumer" -B "$tmp/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BU
   "${consumer_args[@]}" >/dev/null
 cmake --build "$tmp/consumer" >/dev/null
 LD_LIBRARY_PATH="$libdir" "${runner[@]}" "$tmp/consumer/tavconsumer"
+
+# A program that needs only libtavobjectmodel's symbols does not list libtavplatform.so.1 (it is
+# linked as-needed); it starts from the custom prefix without LD_LIBRARY_PATH only because the
+# installed library finds libtavplatform.so.1 beside itself.
+if objdump -p "$tmp/consumer/tavversion" | grep -q 'NEEDED.*libtavplatform'; then
+  echo "tavversion lists libtavplatform.so.1 itself: it no longer tests the libraries' run path" >&2
+  exit 1
+fi
+env -u LD_LIBRARY_PATH "${runner[@]}" "$tmp/consumer/tavversion"
 
 # The installed tool runs from its prefix and finds its installed sample telegrams.
 test "$("${runner[@]}" "$prefix/bin/tavknx" decode 9.001 0c1a)" = "9.1: Float 21 [ivt 3, sub-type 0]"

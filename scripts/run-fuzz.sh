@@ -2,6 +2,7 @@
 # Builds the libFuzzer harnesses with clang and runs each for a set time on its seed corpus.
 # Usage: scripts/run-fuzz.sh [seconds per harness] [harness ...]
 # Findings are written to build-fuzz/findings/<harness>/; the script fails on the first one.
+# TAV_WARNINGS_AS_ERRORS=ON makes warnings errors; FUZZ_CMAKE_ARGS adds configure arguments.
 set -euo pipefail
 
 cd "$(dirname "$0")/.."

@@ -37,6 +37,10 @@ test -f "$prefix/include/Tav/MeasureDuration.h"
 test -f "$prefix/share/tavobjectmodel/telegrams.txt"
 test "$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --modversion tavobjectmodel)" = "1.0.0"
 
+# The consumers find libtavobjectmodel.so.1 through their own run path to the prefix, as a
+# program built against a custom prefix does (CMake adds that path itself on the host, not when
+# cross-building); libtavplatform.so.1 is then the library's to find.
+consumer_args+=(-DCMAKE_BUILD_RPATH="$libdir")
 cmake -S "$consumer" -B "$tmp/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Release \
   "${consumer_args[@]}" >/dev/null
 cmake --build "$tmp/consumer" >/dev/null

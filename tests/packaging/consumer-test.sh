@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the build into a temporary prefix, then configures, builds and runs the consumer
-# example against it; also checks the installed libraries' SONAME and the pkg-config file.
+# examples against it (one of them without LD_LIBRARY_PATH); also checks the installed
+# libraries' SONAME and the pkg-config file.
 # Usage: consumer-test.sh BUILD-DIR CONSUMER-SOURCE-DIR
 set -euo pipefail
 build="$1"
@@ -36,10 +37,23 @@ test -f "$prefix/include/Tav/MeasureDuration.h"
 test -f "$prefix/share/tavobjectmodel/telegrams.txt"
 test "$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --modversion tavobjectmodel)" = "1.0.0"
 
+# The consumers find libtavobjectmodel.so.1 through their own run path to the prefix, as a
+# program built against a custom prefix does (CMake adds that path itself on the host, not when
+# cross-building); libtavplatform.so.1 is then the library's to find.
+consumer_args+=(-DCMAKE_BUILD_RPATH="$libdir")
 cmake -S "$consumer" -B "$tmp/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=Release \
   "${consumer_args[@]}" >/dev/null
 cmake --build "$tmp/consumer" >/dev/null
 LD_LIBRARY_PATH="$libdir" "${runner[@]}" "$tmp/consumer/tavconsumer"
+
+# A program that needs only libtavobjectmodel's symbols does not list libtavplatform.so.1 (it is
+# linked as-needed); it starts from the custom prefix without LD_LIBRARY_PATH only because the
+# installed library finds libtavplatform.so.1 beside itself.
+if objdump -p "$tmp/consumer/tavversion" | grep -q 'NEEDED.*libtavplatform'; then
+  echo "tavversion lists libtavplatform.so.1 itself: it no longer tests the libraries' run path" >&2
+  exit 1
+fi
+env -u LD_LIBRARY_PATH "${runner[@]}" "$tmp/consumer/tavversion"
 
 # The installed tool runs from its prefix and finds its installed sample telegrams.
 test "$("${runner[@]}" "$prefix/bin/tavknx" decode 9.001 0c1a)" = "9.1: Float 21 [ivt 3, sub-type 0]"

@@ -1,6 +1,7 @@
 #include <project/detail/ProjectXmlReader.h>
 
 #include <project/ProjectError.h>
+#include <project/detail/ProjectXmlParts.h>
 #include <project/detail/ProjectLog.h>
 #include <project/detail/Xml.h>
 
@@ -22,120 +23,6 @@ namespace
 {
 constexpr const char* kFile = "ProjectXmlReader.cpp";
 constexpr const char* kNamespacePrefix = "http://knx.org/xml/project/";
-
-boost::optional<unsigned> ParseUnsigned(const char* text, unsigned maximum)
-{
-    if (text == nullptr || *text == '\0')
-        return boost::none;
-    unsigned long value = 0;
-    for (const char* p = text; *p != '\0'; ++p)
-    {
-        if (*p < '0' || *p > '9')
-            return boost::none;
-        value = value * 10 + static_cast<unsigned>(*p - '0');
-        if (value > maximum)
-            return boost::none;
-    }
-    return static_cast<unsigned>(value);
-}
-
-// "P-0242-0_GA-1" and "GA-1" name the same group address: links of newer schemas leave out the
-// project and installation part.
-std::string ShortId(const std::string& id)
-{
-    const std::size_t underscore = id.find('_');
-    return underscore == std::string::npos ? id : id.substr(underscore + 1);
-}
-
-std::string ManufacturerOf(const std::string& id)
-{
-    return id.substr(0, id.find('_'));
-}
-
-bool FlagValue(const char* text)
-{
-    return text != nullptr && std::strcmp(text, "Enabled") == 0;
-}
-
-// What one level (program object, its reference, the instance) says about an object; unset
-// fields leave the level below in force.
-struct ObjectLayer
-{
-    boost::optional<unsigned> number;
-    boost::optional<std::string> name;
-    boost::optional<std::string> text;
-    boost::optional<std::string> functionText;
-    boost::optional<std::string> datapointType;
-    boost::optional<bool> flags[6];
-};
-
-const char* const kFlagAttributes[6] = {"CommunicationFlag", "ReadFlag", "WriteFlag", "TransmitFlag",
-    "UpdateFlag", "ReadOnInitFlag"};
-
-ObjectLayer LayerOf(const XmlNode& node)
-{
-    ObjectLayer layer;
-    layer.number = ParseUnsigned(AttributeOrNull(node, "Number"), 0xFFFFFFu);
-    const auto text = [&](const char* name) -> boost::optional<std::string> {
-        const char* value = AttributeOrNull(node, name);
-        if (value == nullptr)
-            return boost::none;
-        return std::string(value);
-    };
-    layer.name = text("Name");
-    layer.text = text("Text");
-    layer.functionText = text("FunctionText");
-    layer.datapointType = text("DatapointType");
-    for (int i = 0; i < 6; ++i)
-    {
-        const char* value = AttributeOrNull(node, kFlagAttributes[i]);
-        if (value != nullptr)
-            layer.flags[i] = FlagValue(value);
-    }
-    return layer;
-}
-
-void Overlay(ObjectLayer& below, const ObjectLayer& above)
-{
-    if (above.number)
-        below.number = above.number;
-    if (above.name)
-        below.name = above.name;
-    if (above.text)
-        below.text = above.text;
-    if (above.functionText)
-        below.functionText = above.functionText;
-    // An empty DatapointType on a level above names no type: the one below stays.
-    if (above.datapointType && ParseDatapointType(*above.datapointType))
-        below.datapointType = above.datapointType;
-    for (int i = 0; i < 6; ++i)
-    {
-        if (above.flags[i])
-            below.flags[i] = above.flags[i];
-    }
-}
-
-// A device as the topology lists it, before its program is looked at.
-struct DeviceRecord
-{
-    Device device;
-    std::string productRefId;
-    std::string hardwareProgramRefId;
-    std::string applicationProgramId;
-    const XmlNode* instance = nullptr;  // into 0.xml, alive while the model is built
-};
-
-struct ProductInfo
-{
-    std::string text;
-    std::string orderNumber;
-};
-
-struct ManufacturerHardware
-{
-    std::unordered_map<std::string, ProductInfo> products;
-    std::unordered_map<std::string, std::string> programs;  // Hardware2Program id -> program id
-};
 
 class Builder
 {

@@ -196,67 +196,33 @@ boost::optional<OKAVALUE> DecodeDateTime(const GroupValue& value, OkaValueType i
     return OKAVALUE::FromPointInTime(ivt, when);
 }
 
-// A decoder and its name for the reference page.
-struct DecodeBranch
-{
-    Decoder decode;
-    const char* name;
-};
-
-struct DecodeRow
-{
-    std::vector<std::uint16_t> mains;
-    DecodeBranch branch;
-};
-
-#define TAV_DECODER(function) DecodeBranch{&function, #function}
+using DecodeBranch = detail::CodecBranch<Decoder>;
 
 // Main numbers without a decoder inside 1..238 give a present value of type ivtEmpty.
-const std::array<DecodeBranch, kLastBranchedMain + 1>& DecoderTable()
+const detail::BranchTable<Decoder>& DecoderTable()
 {
-    static const std::array<DecodeBranch, kLastBranchedMain + 1> table = [] {
-        const DecodeRow rows[] = {
-            {{1}, TAV_DECODER(DecodeBoolean)},
-            {{2, 23}, TAV_DECODER(DecodeByte<&GroupValue::GetAsUnsigned2>)},
-            {{3}, TAV_DECODER(DecodeByte<&GroupValue::GetAsUnsigned4>)},
-            {{5, 17, 18, 20, 21, 26, 238}, TAV_DECODER(DecodeByte<&GroupValue::GetAsUnsigned8>)},
-            {{6}, TAV_DECODER(DecodeSigned8AsByte)},
-            {{7, 22, 217, 234, 237}, TAV_DECODER(DecodeUnsigned16)},
-            {{8}, TAV_DECODER(DecodeSigned16)},
-            {{9}, TAV_DECODER(DecodeFloat16)},
-            {{10}, TAV_DECODER(DecodeTimeOfDay)},
-            {{11}, TAV_DECODER(DecodeDate)},
-            {{12, 15, 27, 232}, TAV_DECODER(DecodeRaw32)},
-            {{13}, TAV_DECODER(DecodeSigned32)},
-            {{14}, TAV_DECODER(DecodeFloat32)},
-            {{16}, TAV_DECODER(DecodeString14)},
-            {{19}, TAV_DECODER(DecodeDateTime)},
-            {{31}, TAV_DECODER(DecodeByte<&GroupValue::GetAsUnsigned3>)},
-        };
-        std::array<DecodeBranch, kLastBranchedMain + 1> filled{};
-        for (const DecodeRow& row : rows)
-        {
-            for (const std::uint16_t main : row.mains)
-            {
-                filled[main] = row.branch;
-            }
-        }
-        return filled;
-    }();
+    static const detail::BranchTable<Decoder> table{
+        {{1}, TAV_CODEC_BRANCH(DecodeBoolean)},
+        {{2, 23}, TAV_CODEC_BRANCH(DecodeByte<&GroupValue::GetAsUnsigned2>)},
+        {{3}, TAV_CODEC_BRANCH(DecodeByte<&GroupValue::GetAsUnsigned4>)},
+        {{5, 17, 18, 20, 21, 26, 238}, TAV_CODEC_BRANCH(DecodeByte<&GroupValue::GetAsUnsigned8>)},
+        {{6}, TAV_CODEC_BRANCH(DecodeSigned8AsByte)},
+        {{7, 22, 217, 234, 237}, TAV_CODEC_BRANCH(DecodeUnsigned16)},
+        {{8}, TAV_CODEC_BRANCH(DecodeSigned16)},
+        {{9}, TAV_CODEC_BRANCH(DecodeFloat16)},
+        {{10}, TAV_CODEC_BRANCH(DecodeTimeOfDay)},
+        {{11}, TAV_CODEC_BRANCH(DecodeDate)},
+        {{12, 15, 27, 232}, TAV_CODEC_BRANCH(DecodeRaw32)},
+        {{13}, TAV_CODEC_BRANCH(DecodeSigned32)},
+        {{14}, TAV_CODEC_BRANCH(DecodeFloat32)},
+        {{16}, TAV_CODEC_BRANCH(DecodeString14)},
+        {{19}, TAV_CODEC_BRANCH(DecodeDateTime)},
+        {{31}, TAV_CODEC_BRANCH(DecodeByte<&GroupValue::GetAsUnsigned3>)},
+    };
     return table;
 }
 
-#undef TAV_DECODER
-
-const DecodeBranch* FindDecodeBranch(std::uint16_t main)
-{
-    if (main == 0 || main > kLastBranchedMain)
-    {
-        return nullptr;
-    }
-    const DecodeBranch& branch = DecoderTable()[main];
-    return branch.decode != nullptr ? &branch : nullptr;
-}
+const DecodeBranch* FindDecodeBranch(std::uint16_t main) { return DecoderTable().Find(main); }
 } // namespace
 
 const char* detail::GetDecodeBranchName(std::uint16_t main)
@@ -304,7 +270,7 @@ boost::optional<OKAVALUE> GroupValueToOkaValue(const KnxStack::GroupValue& value
     }
     try
     {
-        return branch->decode(value, ivt);
+        return branch->function(value, ivt);
     }
     catch (const KnxStack::GroupValueException&)
     {

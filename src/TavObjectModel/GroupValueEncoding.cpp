@@ -246,68 +246,34 @@ boost::optional<GroupValue> EncodeUnsigned24(const OKAVALUE& value, const Packed
     return GroupValue(bytes, 24);
 }
 
-// An encoder and its name for the reference page.
-struct EncodeBranch
-{
-    Encoder encode;
-    const char* name;
-};
-
-struct EncodeRow
-{
-    std::vector<std::uint16_t> mains;
-    EncodeBranch branch;
-};
-
-#define TAV_ENCODER(function) EncodeBranch{&function, #function}
+using EncodeBranch = detail::CodecBranch<Encoder>;
 
 // Main numbers without an encoder (4 and 31 among them) are reported as not supported.
-const std::array<EncodeBranch, kLastBranchedMain + 1>& EncoderTable()
+const detail::BranchTable<Encoder>& EncoderTable()
 {
-    static const std::array<EncodeBranch, kLastBranchedMain + 1> table = [] {
-        const EncodeRow rows[] = {
-            {{1}, TAV_ENCODER(EncodeBoolean)},
-            {{2, 23}, TAV_ENCODER(EncodeByte<&GroupValue::SetAsUnsigned2>)},
-            {{3}, TAV_ENCODER(EncodeByte<&GroupValue::SetAsUnsigned4>)},
-            {{5, 18, 20, 21, 26, 238}, TAV_ENCODER(EncodeByte<&GroupValue::SetAsUnsigned8>)},
-            {{17}, TAV_ENCODER(EncodeSceneNumber)},
-            {{6}, TAV_ENCODER(EncodeSigned8)},
-            {{7, 22, 217, 234, 237}, TAV_ENCODER(EncodeUnsigned16)},
-            {{8}, TAV_ENCODER(EncodeSigned16)},
-            {{9}, TAV_ENCODER(EncodeFloat16)},
-            {{10}, TAV_ENCODER(EncodeTimeOfDay)},
-            {{11}, TAV_ENCODER(EncodeDate)},
-            {{12, 15, 27}, TAV_ENCODER(EncodeUnsigned32)},
-            {{13}, TAV_ENCODER(EncodeSigned32)},
-            {{14}, TAV_ENCODER(EncodeFloat32)},
-            {{16}, TAV_ENCODER(EncodeString14)},
-            {{19}, TAV_ENCODER(EncodeDateTime)},
-            {{232}, TAV_ENCODER(EncodeUnsigned24)},
-        };
-        std::array<EncodeBranch, kLastBranchedMain + 1> filled{};
-        for (const EncodeRow& row : rows)
-        {
-            for (const std::uint16_t main : row.mains)
-            {
-                filled[main] = row.branch;
-            }
-        }
-        return filled;
-    }();
+    static const detail::BranchTable<Encoder> table{
+        {{1}, TAV_CODEC_BRANCH(EncodeBoolean)},
+        {{2, 23}, TAV_CODEC_BRANCH(EncodeByte<&GroupValue::SetAsUnsigned2>)},
+        {{3}, TAV_CODEC_BRANCH(EncodeByte<&GroupValue::SetAsUnsigned4>)},
+        {{5, 18, 20, 21, 26, 238}, TAV_CODEC_BRANCH(EncodeByte<&GroupValue::SetAsUnsigned8>)},
+        {{17}, TAV_CODEC_BRANCH(EncodeSceneNumber)},
+        {{6}, TAV_CODEC_BRANCH(EncodeSigned8)},
+        {{7, 22, 217, 234, 237}, TAV_CODEC_BRANCH(EncodeUnsigned16)},
+        {{8}, TAV_CODEC_BRANCH(EncodeSigned16)},
+        {{9}, TAV_CODEC_BRANCH(EncodeFloat16)},
+        {{10}, TAV_CODEC_BRANCH(EncodeTimeOfDay)},
+        {{11}, TAV_CODEC_BRANCH(EncodeDate)},
+        {{12, 15, 27}, TAV_CODEC_BRANCH(EncodeUnsigned32)},
+        {{13}, TAV_CODEC_BRANCH(EncodeSigned32)},
+        {{14}, TAV_CODEC_BRANCH(EncodeFloat32)},
+        {{16}, TAV_CODEC_BRANCH(EncodeString14)},
+        {{19}, TAV_CODEC_BRANCH(EncodeDateTime)},
+        {{232}, TAV_CODEC_BRANCH(EncodeUnsigned24)},
+    };
     return table;
 }
 
-#undef TAV_ENCODER
-
-const EncodeBranch* FindEncodeBranch(std::uint16_t main)
-{
-    if (main == 0 || main > kLastBranchedMain)
-    {
-        return nullptr;
-    }
-    const EncodeBranch& branch = EncoderTable()[main];
-    return branch.encode != nullptr ? &branch : nullptr;
-}
+const EncodeBranch* FindEncodeBranch(std::uint16_t main) { return EncoderTable().Find(main); }
 
 Encoder FindEncoder(const PackedDpt& dpt)
 {
@@ -317,7 +283,7 @@ Encoder FindEncoder(const PackedDpt& dpt)
         return nullptr;
     }
     const EncodeBranch* branch = FindEncodeBranch(dpt.main);
-    return branch != nullptr ? branch->encode : nullptr;
+    return branch != nullptr ? branch->function : nullptr;
 }
 } // namespace
 

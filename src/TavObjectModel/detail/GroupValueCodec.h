@@ -3,8 +3,11 @@
 // GroupValueEncoding.cpp). Not installed.
 #include <boost/date_time/gregorian/gregorian_types.hpp>
 
+#include <array>
 #include <cstdint>
+#include <initializer_list>
 #include <ostream>
+#include <vector>
 
 namespace Okaro
 {
@@ -42,6 +45,54 @@ inline boost::gregorian::date MakeDate(int year, int month, int day)
     const boost::gregorian::greg_day checkedDay(static_cast<unsigned short>(day));
     return boost::gregorian::date(checkedYear, checkedMonth, checkedDay);
 }
+
+// A branch of the codec: its function and its name (the reference page prints the name).
+template <class Function>
+struct CodecBranch
+{
+    Function function = nullptr;
+    const char* name = nullptr;
+};
+
+#define TAV_CODEC_BRANCH(function) {&function, #function}
+
+// The branches of one direction by main number, filled once from rows that each name the main
+// numbers one branch serves; a lookup is an index.
+template <class Function>
+class BranchTable
+{
+public:
+    struct Row
+    {
+        std::vector<std::uint16_t> mains;
+        CodecBranch<Function> branch;
+    };
+
+    BranchTable(std::initializer_list<Row> rows)
+    {
+        for (const Row& row : rows)
+        {
+            for (const std::uint16_t main : row.mains)
+            {
+                branches_[main] = row.branch;
+            }
+        }
+    }
+
+    // nullptr for main 0, a main above the last branched one, or one without a branch.
+    const CodecBranch<Function>* Find(std::uint16_t main) const
+    {
+        if (main == 0 || main > kLastBranchedMain)
+        {
+            return nullptr;
+        }
+        const CodecBranch<Function>& branch = branches_[main];
+        return branch.function != nullptr ? &branch : nullptr;
+    }
+
+private:
+    std::array<CodecBranch<Function>, kLastBranchedMain + 1> branches_{};
+};
 
 // The branch that decoding and encoding take for a main number, by name; nullptr where there
 // is none (decoding then gives an empty value, encoding refuses). For the reference page

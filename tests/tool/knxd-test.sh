@@ -195,6 +195,17 @@ case "$group" in
     wait_monitor
     grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.1 codec: ' "$tmp/mon.out" ||
       fail "protected project map with --password-file: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
+    # send with the project as its map: the DPT comes from the group address.
+    start_monitor --map "$tmp/ets5.knxproj" --count 2 --timeout 60 || exit 1
+    : >"$tmp/send.out"
+    tavknx_send --map "$tmp/ets5.knxproj" 1/0/0 bool:true
+    tavknx_send --map "$tmp/ets5.knxproj" 2/2/0 float:21
+    wait_monitor
+    [ "$(cat "$tmp/send.out")" = "1/0/0 write 1.1: 01 (1 bits)
+2/2/0 write 9.1: 0c1a (16 bits)" ] || fail "send --map: $(cat "$tmp/send.out")"
+    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.1 codec: Bool true' "$tmp/mon.out" &&
+      grep -qF ' 2/2/0 "Living temperature" write 0c1a (16 bits) 9.1 codec: Float 21' "$tmp/mon.out" ||
+      fail "send --map, as the monitor saw it: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
     for password in "" wrong; do
       TAVKNX_PROJECT_PASSWORD="$password" "${runner[@]}" "$tavknx" monitor --url "$url" \
         --map "$tmp/ets6-protected.knxproj" >"$tmp/out" 2>"$tmp/err"

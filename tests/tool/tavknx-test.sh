@@ -306,6 +306,16 @@ devices: 2
     project "$tmp/ets5-protected.knxproj" --password-file "$tmp/missing"
   # Never a password on the command line.
   expect_usage "tavknx project: unrecognised option '--password'" project "$tmp/ets5-protected.knxproj" --password x
+  # send takes the DPT from a project map; without one the group address needs a DPT argument.
+  expect_usage 'GA: 0/0/1 has no DPT in the map; give one: send GA DPT VALUE' \
+    send --url local:/nonexistent --map "$tmp/ets5.knxproj" 0/0/1 bool:true
+  expect_usage 'GA: 5/5/5 has no DPT in the map; give one: send GA DPT VALUE' \
+    send --url local:/nonexistent --map "$tmp/ets5.knxproj" 5/5/5 bool:true
+  expect_usage 'tavknx send: expected GA DPT VALUE, got 2 arguments' send 1/0/0 bool:true
+  expect_err 1 'tavknx send: --map: project is password-protected: give --password-file or TAVKNX_PROJECT_PASSWORD' \
+    send --url local:/nonexistent --map "$tmp/ets5-protected.knxproj" 1/0/0 bool:true
+  # The DPT found (1.001), the value encoded; then knxd is not there: exit 1.
+  expect_err 1 'local:/nonexistent' send --url local:/nonexistent --map "$tmp/ets5.knxproj" 1/0/0 bool:true
   ;;
 help)
   for command in "" decode check encode from-knx to-knx dpts ids config demo monitor send project; do

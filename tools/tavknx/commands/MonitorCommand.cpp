@@ -1,12 +1,12 @@
 // monitor: every group telegram on the bus, through knxd, decoded as the controller's
 // applications would see it.
 #include "cli/KnxdUrlOption.h"
+#include "cli/MapOption.h"
 #include "cli/ProjectOptions.h"
 #include "cli/StopSignal.h"
 #include "commands/Commands.h"
 #include "knx/GroupAddressMap.h"
 #include "knx/NumberText.h"
-#include "knx/ProjectMap.h"
 #include "knx/TelegramReport.h"
 #include "knxd/KnxdConnection.h"
 
@@ -49,40 +49,10 @@ void AddMonitorOptions(po::options_description& options)
 {
     AddKnxdUrlOption(options);
     options.add_options()
-        ("map", po::value<std::string>()->value_name("FILE"),
-         "group address to DPT map: 'GA;DPT' lines, the commissioning software's CSV export, or an ETS project (.knxproj)")
+        ("map", po::value<std::string>()->value_name("FILE"), kMapOptionHelp)
         ("count", po::value<std::string>()->value_name("N"), "stop after N telegrams")
         ("timeout", po::value<std::string>()->value_name("SECONDS"), "stop after SECONDS");
     AddProjectPasswordOption(options);
-}
-
-GroupAddressMap LoadMap(const Invocation& invocation)
-{
-    if (!invocation.options.count("map"))
-    {
-        return GroupAddressMap();
-    }
-    const std::string file = invocation.options["map"].as<std::string>();
-    if (IsProjectFile(file))
-    {
-        return MapFromProject(ReadProject(invocation, file, "--map: "));
-    }
-    std::vector<MapProblem> problems;
-    GroupAddressMap map;
-    try
-    {
-        map = GroupAddressMap::Load(file, problems);
-    }
-    catch (const std::runtime_error& error)
-    {
-        throw UsageError(std::string("--map: ") + error.what());
-    }
-    for (const MapProblem& problem : problems)
-    {
-        TAV_LOG_AT(MonitorLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MonitorCommand, 68,
-                "map '" << file << "' line " << problem.line << " skipped: " << problem.message);
-    }
-    return map;
 }
 
 // Sleeps for `pause` or until a stop is asked for or the deadline comes.
@@ -219,7 +189,7 @@ private:
 int RunMonitor(const Invocation& invocation)
 {
     invocation.RequireArgs(0, 0, "");
-    const GroupAddressMap map = LoadMap(invocation);
+    const GroupAddressMap map = LoadMapOption(invocation, MonitorLogger(), LogFile::MonitorCommand, 68);
     Monitor monitor(invocation, map);
     InstallStopHandlers();
     return monitor.Run();

@@ -1,7 +1,9 @@
 // send: one group write (or read request) through knxd, the value encoded by the switch-driven
 // codec as the controller's applications encode it.
 #include "cli/KnxdUrlOption.h"
+#include "cli/MapOption.h"
 #include "cli/Output.h"
+#include "cli/ProjectOptions.h"
 #include "cli/StopSignal.h"
 #include "cli/ValueArgument.h"
 #include "commands/Commands.h"
@@ -23,11 +25,36 @@ namespace TavKnx
 {
 namespace
 {
+namespace LogFile
+{
+constexpr char SendCommand[] = "SendCommand.cpp";
+} // namespace LogFile
+
 void AddSendOptions(po::options_description& options)
 {
     AddKnxdUrlOption(options);
     options.add_options()
-        ("read", "send a read request to GA instead of a write");
+        ("read", "send a read request to GA instead of a write")
+        ("map", po::value<std::string>()->value_name("FILE"), kMapOptionHelp);
+    AddProjectPasswordOption(options);
+}
+
+// The DPT argument, or with --map and only GA VALUE given, the group address's DPT in the map.
+KNXDPT DptArgument(const Invocation& invocation, std::uint16_t groupAddress)
+{
+    if (invocation.args.size() == 3)
+    {
+        return ParseDpt(invocation.args[1]);
+    }
+    const GroupAddressMap map =
+        LoadMapOption(invocation, log4cplus::Logger::getInstance("tavknx.send"), LogFile::SendCommand, 1);
+    const KNXDPT* dpt = map.Find(groupAddress);
+    if (dpt == nullptr || (dpt->main == 0 && dpt->sub == 0))
+    {
+        throw UsageError("GA: " + FormatGroupAddress(groupAddress) +
+                         " has no DPT in the map; give one: send GA DPT VALUE");
+    }
+    return KNXDPT{0, dpt->main, dpt->sub};
 }
 
 std::uint16_t GroupAddressArgument(const std::string& text)
@@ -75,10 +102,11 @@ int RunSend(const Invocation& invocation)
         return code;
     }
 
-    invocation.RequireArgs(3, 3, "GA DPT VALUE");
+    const bool mapped = invocation.options.count("map") != 0;
+    invocation.RequireArgs(mapped ? 2 : 3, 3, mapped ? "GA [DPT] VALUE" : "GA DPT VALUE");
     const std::uint16_t groupAddress = GroupAddressArgument(invocation.args[0]);
-    const KNXDPT dpt = ParseDpt(invocation.args[1]);
-    const OKAVALUE value = ParseValue(invocation.args[2]);
+    const KNXDPT dpt = DptArgument(invocation, groupAddress);
+    const OKAVALUE value = ParseValue(invocation.args.back());
     const boost::optional<KnxStack::GroupValue> groupValue = Okaro::OkaValueToGroupValue(value, PackDpt(dpt));
     if (!groupValue)
     {
@@ -100,15 +128,17 @@ int RunSend(const Invocation& invocation)
 
 void AddSendCommand(std::vector<Command>& commands)
 {
-    commands.push_back({"send", "send [--url URL] GA DPT VALUE | send [--url URL] --read GA",
+    commands.push_back({"send", "send [--url URL] GA DPT VALUE | send [--url URL] --map FILE GA VALUE | send [--url URL] --read GA",
                         "send a group write (or a read request) through knxd",
                         "Encodes VALUE for DPT with the switch-driven codec (OkaValueToGroupValue) and sends it\n"
                         "as a group write to GA through knxd; a value of up to 6 bits goes in the short form.\n"
-                        "--read sends a read request instead. Exit 1 when the codec refuses the value or knxd\n"
-                        "cannot be reached (stderr says which).\n\n"
+                        "With --map (a map file or an ETS project) the DPT may be left out: the group address's\n"
+                        "DPT in the map is taken. --read sends a read request instead. Exit 1 when the codec\n"
+                        "refuses the value or knxd cannot be reached (stderr says which).\n\n"
                         "Examples:\n"
                         "  tavknx send 1/2/3 9.001 float:21.5\n"
                         "  tavknx send --url local:/tmp/knx 1/1/1 1.001 bool:true --json\n"
+                        "  tavknx send --map installation.knxproj 1/0/0 bool:true\n"
                         "  tavknx send --read 1/2/3\n",
                         AddSendOptions, RunSend});
 }

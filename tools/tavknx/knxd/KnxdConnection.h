@@ -35,6 +35,8 @@ public:
     bool Receive(std::chrono::milliseconds wait, GroupTelegram& telegram);
     // Sends one APDU to a group address. Throws KnxdError.
     void Send(std::uint16_t groupAddress, const std::vector<std::uint8_t>& apdu);
+    // The socket, for waiting on it beside other descriptors; Receive then reads.
+    int Descriptor() const;
 
 private:
     _EIBConnection* connection_;

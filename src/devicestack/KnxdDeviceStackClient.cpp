@@ -51,6 +51,8 @@ KnxdDeviceStackClient::KnxdDeviceStackClient(std::string url, std::vector<Device
         throw std::system_error(errno, std::generic_category(), "KnxdDeviceStackClient: eventfd");
     }
     worker_.reset(new Worker(*this));
+    // Once here, so that a reachable knxd is connected when the constructor returns.
+    worker_->Connect(Worker::Clock::now());
     thread_ = std::thread([this] { worker_->Run(); });
 }
 

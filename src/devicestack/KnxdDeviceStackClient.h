@@ -60,8 +60,9 @@ public:
     // Called on the worker thread, after the value is stored; must not call back into the client.
     using ChangeObserver = std::function<void(const DeviceObject& object, const OKAVALUE& value, ChangeSource source)>;
 
-    // Starts the worker thread, which connects to `url` ("local:/PATH" or "ip:HOST[:PORT]") at
-    // once and again after every loss. Objects without group addresses or with a CO already
+    // Connects to `url` ("local:/PATH" or "ip:HOST[:PORT]") and starts the worker thread. When
+    // knxd cannot be reached yet, or goes away later, the worker connects again with a bounded
+    // back-off; requests meanwhile are answered kNotConnected. Objects without group addresses or with a CO already
     // given are left out.
     KnxdDeviceStackClient(std::string url, std::vector<DeviceObject> objects, Settings settings);
     KnxdDeviceStackClient(std::string url, std::vector<DeviceObject> objects);

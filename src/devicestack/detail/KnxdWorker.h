@@ -51,12 +51,13 @@ public:
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
-    void Run();
-
-private:
     using Clock = std::chrono::steady_clock;
 
+    void Run();
+    // One attempt; on failure the next is due after the back-off.
     void Connect(Clock::time_point now);
+
+private:
     void Disconnect(const std::string& reason);
     void Wait(Clock::time_point now);
     void ReceiveAll();

@@ -10,3 +10,12 @@ cmake -S . -B "$build" -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_BENCH=ON -DTAV_BUI
   -DTAV_BUILD_TOOLS=OFF >/dev/null
 cmake --build "$build" --target TavBench -j "${JOBS:-$(nproc)}"
 "$build/bench/TavBench" "$@"
+
+# The device stack through knxd needs the tool's layers: a build of its own, unless a filter
+# for the library's benchmarks was given.
+if [ "$#" -eq 0 ]; then
+  cmake -S . -B "$build-devicestack" -DCMAKE_BUILD_TYPE=Release -DTAV_BUILD_BENCH=ON -DTAV_BUILD_TESTS=OFF \
+    -DTAV_BUILD_TOOLS=ON >/dev/null
+  cmake --build "$build-devicestack" --target DeviceStackBench -j "${JOBS:-$(nproc)}"
+  "$build-devicestack/bench/DeviceStackBench"
+fi

@@ -87,6 +87,14 @@ DeviceObject ParseLine(const std::string& line)
         throw TavKnx::TextError("FLAGS: expected letters of CRWTUI, got " + TavKnx::Quote(fields[3]));
     }
     object.name = fields[4];
+    // A name stays on its line wherever it is printed.
+    for (char& c : object.name)
+    {
+        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
+        {
+            c = ' ';
+        }
+    }
     return object;
 }
 

@@ -344,6 +344,32 @@ TEST_F(KnxdDeviceStackClientTest, DeviceConfigIsTheObjectModelAsJson)
     EXPECT_FALSE(client->SetValueFormat("Native"));
 }
 
+// The README's example, as it stands there.
+TEST_F(KnxdDeviceStackClientTest, TheReadmeExampleWritesAndReadsAGroupObject)
+{
+    TavKnx::KnxdConnection peer(KnxdUrl(), false);
+    const log4cplus::Logger logger = log4cplus::Logger::getInstance("Readme");
+    std::string text;
+    {
+        Lumo::DeviceObject temperature;  // CO 1, sends on 1/2/3, DPT 9.001
+        temperature.co = 1;
+        temperature.groupAddresses = {(1 << 11) | (2 << 8) | 3};
+        temperature.dpt = KNXDPT{0, 9, 1};
+        Lumo::ParseObjectFlags("CRWTU", temperature.flags);
+        Lumo::KnxdDeviceStackClient stack(KnxdUrl(), {temperature});
+        Okaro::RemoteRequestMessengerDeviceStack messenger(stack);
+        Okaro::DscAsyncRequestMessenger requests(messenger, boost::posix_time::seconds(2), 2, logger);
+        requests.SetAsResponseHandler();
+        OKAVALUE value(ivtFloat);
+        value.numeric.real = 21.5;
+        requests.SetValue(Lumo::ObjectValueId(1), value, false);  // a group write on 1/2/3
+        text = requests.GetValue(Lumo::ObjectValueId(1), false).ReadReply();  // "21.5"
+        requests.UnsetAsResponseHandler();
+    }
+    EXPECT_EQ("21.5", text);
+    EXPECT_EQ("write 00800c33", NextTelegram(peer, 0x0A03));
+}
+
 // Calls at a time from several threads: every request answered once, with its own value.
 TEST_F(KnxdDeviceStackClientTest, SeveralCallerThreadsGetTheirOwnAnswersOnce)
 {

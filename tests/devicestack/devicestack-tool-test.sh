@@ -177,6 +177,38 @@ WARN  DeviceStackCommands.cpp:219 LoadObjects - objects '$tmp/bad.txt' line 3 sk
     expect "a device the project lacks" 1 $?
     grep -q "^tavknx get: --project: the project has no device 1.1.9$" "$tmp/err" || fail "no device: $(cat "$tmp/err")"
     ;;
+  usage)
+    # Help with examples; arguments that are missing or wrong are usage errors (exit 2).
+    for command in get set device; do
+      tavknx "$command" --help >"$tmp/out" 2>&1
+      expect "$command --help's exit" 0 $?
+      grep -q "^Usage: tavknx $command" "$tmp/out" && grep -q "Examples" "$tmp/out" || fail "$command --help: $(cat "$tmp/out")"
+    done
+    tavknx get --url "$url" --objects "$objects" >/dev/null 2>&1
+    expect "get without CO" 2 $?
+    tavknx set --url "$url" --objects "$objects" 1 >/dev/null 2>&1
+    expect "set without VALUE" 2 $?
+    tavknx set --url "$url" --objects "$objects" 1 warm >/dev/null 2>&1
+    expect "set with a bad VALUE" 2 $?
+    tavknx get --url "$url" 1 >"$tmp/out" 2>&1
+    expect "get without objects" 2 $?
+    grep -q "give the objects with --objects FILE or with --project FILE --device IA" "$tmp/out" || fail "no source: $(cat "$tmp/out")"
+    tavknx get --url "$url" --project x.knxproj 1 >"$tmp/out" 2>&1
+    expect "--project without --device" 2 $?
+    tavknx get --url "$url" --objects "$objects" --retries x 1 >/dev/null 2>&1
+    expect "get with bad --retries" 2 $?
+    tavknx get --url "$url" --objects "$objects" --timeout 1.2345 1 >"$tmp/out" 2>&1
+    expect "get with four decimals" 2 $?
+    grep -q -- "--timeout: expected seconds from 0.001 to 86400, got '1.2345'" "$tmp/out" || fail "timeout: $(cat "$tmp/out")"
+    tavknx get --url "$url" --objects "$objects" 7/7/7 >"$tmp/out" 2>&1
+    expect "get of a group address no object sends on" 2 $?
+    grep -q "CO: 7/7/7 is the sending address of no object" "$tmp/out" || fail "GA: $(cat "$tmp/out")"
+    tavknx device --url "$url" --objects "$objects" extra >/dev/null 2>&1
+    expect "device with an argument" 2 $?
+    tavknx device --url "local:$tmp/none" --objects "$objects" --timeout 1 >/dev/null 2>"$tmp/out"
+    expect "device without knxd" 1 $?
+    grep -q "^tavknx device: cannot reach knxd at 'local:$tmp/none'$" "$tmp/out" || fail "device without knxd: $(cat "$tmp/out")"
+    ;;
   *)
     echo "unknown group $group" >&2
     exit 2

@@ -303,6 +303,22 @@ TEST_F(KnxdDeviceStackClientTest, BehavesAsADeviceOnTheBus)
     EXPECT_EQ(std::vector<std::string>{"2 Bool true"}, changes);
 }
 
+TEST_F(KnxdDeviceStackClientTest, ObjectsWithTheIFlagReadTheirValueAtStart)
+{
+    TavKnx::KnxdConnection peer(KnxdUrl(), false);
+    std::vector<Lumo::DeviceObject> objects = Objects();
+    objects.push_back(Object(4, 0x0A07, 9, 1, "CWTUI", "Outside temperature"));
+    objects.push_back(Object(5, 0x0A08, 9, 1, "WTUI", "Not communicating"));
+    KnxdDeviceStackClient stack(KnxdUrl(), objects);
+    stack.SetResponseHandler(&handler, 0);
+    EXPECT_EQ("read 0000", NextTelegram(peer, 0x0A07));
+    peer.Send(0x0A07, {0x00, 0x40, 0x0C, 0x1A});
+    std::this_thread::sleep_for(100ms);
+    EXPECT_EQ("21", handler.WaitFor(stack.GetValueAsync(100401, false)).value);
+    stack.SetResponseHandler(nullptr, 0);
+    EXPECT_EQ("none", NextTelegram(peer, 0x0A08, 200ms));
+}
+
 TEST_F(KnxdDeviceStackClientTest, RequestsTakeTextCommands)
 {
     TavKnx::KnxdConnection peer(KnxdUrl(), false);

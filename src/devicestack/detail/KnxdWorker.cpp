@@ -158,6 +158,26 @@ void KnxdDeviceStackClient::Worker::Connect(Clock::time_point now)
         client_.connected_.store(true);
     }
     client_.changed_.notify_all();
+    ReadOnInit();
+}
+
+void KnxdDeviceStackClient::Worker::ReadOnInit()
+{
+    // As a device does at start: objects with C and I and no value yet ask the bus for theirs;
+    // the responses come in as any others (kept where the object has U).
+    for (std::size_t index = 0; index < client_.objects_.size() && connection_; ++index)
+    {
+        const DeviceObject& object = client_.objects_[index];
+        bool empty = false;
+        {
+            std::lock_guard<std::mutex> lock(client_.mutex_);
+            empty = client_.values_[index].type == ivtEmpty;
+        }
+        if (empty && object.Has(kFlagCommunication) && object.Has(kFlagReadOnInit))
+        {
+            Send(object.groupAddresses.front(), TavKnx::MakeReadApdu());
+        }
+    }
 }
 
 void KnxdDeviceStackClient::Worker::Disconnect(const std::string& reason)

@@ -59,6 +59,7 @@ public:
 
 private:
     void Disconnect(const std::string& reason);
+    void ReadOnInit();
     void Wait(Clock::time_point now);
     void ReceiveAll();
     // False when the connection is lost (it is then closed and the reads answered).

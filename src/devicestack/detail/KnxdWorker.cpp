@@ -27,6 +27,8 @@ namespace
 {
 // The longest the worker sleeps without looking at its queue and deadlines.
 constexpr std::chrono::milliseconds kMaxWait{1000};
+// Telegrams taken from knxd before the worker looks at its queue again.
+constexpr int kMaxTelegramsAtOnce = 64;
 // Bit 6 of the second APDU byte: a response where a write has bit 7.
 constexpr std::uint8_t kApciMask = 0xC0;
 constexpr std::uint8_t kApciResponse = 0x40;
@@ -242,7 +244,10 @@ void KnxdDeviceStackClient::Worker::ReceiveAll()
     try
     {
         TavKnx::GroupTelegram telegram;
-        while (connection_ && connection_->Receive(std::chrono::milliseconds(0), telegram))
+        // A busy bus must not starve the callers' queue: the rest comes after it.
+        for (int count = 0; count < kMaxTelegramsAtOnce && connection_ &&
+                            connection_->Receive(std::chrono::milliseconds(0), telegram);
+             ++count)
         {
             HandleTelegram(telegram);
         }

@@ -602,4 +602,63 @@ TEST_F(KnxdDeviceStackClientTest, ZAnswersAtOnceWhenKnxdGoesAwayAndReconnects)
     ASSERT_TRUE(client->WaitConnected(5000ms));
     EXPECT_EQ(0, handler.WaitFor(client->SetValueAsync(100101, "21.5", false, 0)).code);
 }
+
+// A caller keeps writing through the messenger while knxd goes away and comes back: every call
+// returns at once with the value or "not connected", none waits for its time-out.
+TEST_F(KnxdDeviceStackClientTest, ZRunOfRequestsAcrossAKnxdRestart)
+{
+    KnxdDeviceStackClient stack(KnxdUrl(), Objects());
+    ASSERT_TRUE(stack.IsConnected());
+    Okaro::RemoteRequestMessengerDeviceStack messenger(stack);
+    Okaro::DscAsyncRequestMessenger requests(messenger, boost::posix_time::seconds(5), 0,
+                                             log4cplus::Logger::getInstance("RestartTest"));
+    requests.SetAsResponseHandler();
+    std::atomic<bool> running{true};
+    std::atomic<int> stored{0};
+    std::atomic<int> notConnected{0};
+    std::atomic<int> other{0};
+    std::atomic<long long> slowest{0};
+    std::thread caller([&] {
+        OKAVALUE value(ivtFloat);
+        while (running.load())
+        {
+            value.numeric.real = 20.5;
+            const auto start = std::chrono::steady_clock::now();
+            const Okaro::Docket docket = requests.SetValue(100101, value, false);
+            const long long took = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                       std::chrono::steady_clock::now() - start)
+                                       .count();
+            slowest.store(std::max(slowest.load(), took));
+            if (docket.IsReplyValid() && docket.ReadReply() == "20.5")
+            {
+                ++stored;
+            }
+            else if (docket.IsAnswered() &&
+                     docket.ReadDeliveryError() == "not connected: knxd at '" + KnxdUrl() + "' is not reachable")
+            {
+                ++notConnected;
+            }
+            else
+            {
+                ++other;
+            }
+            std::this_thread::sleep_for(1ms);
+        }
+    });
+    std::this_thread::sleep_for(100ms);
+    Fixture("stop-keep");
+    std::this_thread::sleep_for(300ms);
+    const int storedBefore = stored.load();
+    Fixture("restart");
+    EXPECT_TRUE(stack.WaitConnected(5000ms));
+    std::this_thread::sleep_for(200ms);
+    running.store(false);
+    caller.join();
+    requests.UnsetAsResponseHandler();
+    EXPECT_GT(storedBefore, 0);
+    EXPECT_GT(notConnected.load(), 0);
+    EXPECT_GT(stored.load(), storedBefore);
+    EXPECT_EQ(0, other.load());
+    EXPECT_LT(slowest.load(), 1000);
+}
 } // namespace

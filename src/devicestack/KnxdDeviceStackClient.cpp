@@ -1,6 +1,7 @@
 #include <devicestack/KnxdDeviceStackClient.h>
 
 #include <devicestack/detail/KnxdWorker.h>
+#include <devicestack/detail/KnxdWorkerSupport.h>
 
 #include <sys/eventfd.h>
 #include <unistd.h>

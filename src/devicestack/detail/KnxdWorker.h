@@ -1,6 +1,7 @@
 #pragma once
-// The device stack's worker thread: the knxd connection, the bus behaviour of the objects and
-// the delivery of answers. Internal to KnxdDeviceStackClient.
+// The device stack's worker thread: the knxd connection and the delivery of answers
+// (KnxdWorker.cpp), the callers' requests (KnxdWorkerRequests.cpp), the bus behaviour of the
+// objects (KnxdWorkerBus.cpp). Internal to KnxdDeviceStackClient.
 #include <devicestack/KnxdDeviceStackClient.h>
 
 #include <knx/GroupTelegram.h>
@@ -79,6 +80,8 @@ private:
     void AnswerValue(Job::Kind kind, const std::string& requestId, unsigned long id, const std::string& urn,
                      const std::string& value, const ResponseError& error);
     void AnswerResponse(const std::string& requestId, const std::string& response, const ResponseError& error);
+    void AnswerRegisterApplication(const std::string& requestId, const ResponseError& error);
+    void AnswerSetConfiguration(const std::string& requestId, const ResponseError& error);
     template <typename Call>
     void Deliver(Call call);
 
@@ -89,8 +92,4 @@ private:
     std::chrono::milliseconds reconnectDelay_;
     std::string lastFailure_;
 };
-
-// GetDeviceConfig's JSON: {"url":...,"connected":...,"objects":[{"co":1,"id":100101,...}]}.
-std::string DeviceConfigJson(const std::string& url, bool connected, const std::vector<DeviceObject>& objects,
-                             const std::vector<OKAVALUE>& values, bool internalFormat);
 } // namespace Lumo

@@ -124,12 +124,13 @@ std::string KnxdDeviceStackClient::Queue(int kind, unsigned long id, std::string
 {
     std::unique_ptr<Job> job(new Job);
     job->kind = static_cast<Job::Kind>(kind);
-    job->requestId = "knxd-" + std::to_string(++nextRequest_);
     job->id = id;
     job->text = std::move(text);
-    std::string requestId = job->requestId;
+    std::string requestId;
     {
         std::lock_guard<std::mutex> lock(mutex_);
+        job->requestId = "knxd-" + std::to_string(++lastRequest_);
+        requestId = job->requestId;
         jobs_.push_back(std::move(job));
     }
     const std::uint64_t one = 1;

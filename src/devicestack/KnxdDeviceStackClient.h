@@ -122,11 +122,11 @@ private:
     const Settings settings_;
     std::atomic<bool> internalFormat_{false};
     std::atomic<bool> connected_{false};
-    std::atomic<std::uint64_t> nextRequest_{0};
 
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
     std::deque<std::unique_ptr<Job>> jobs_;
+    std::uint64_t lastRequest_ = 0;  // request ids count up from 1
     IResponseHandler* handler_ = nullptr;
     bool delivering_ = false;
     ChangeObserver observer_;

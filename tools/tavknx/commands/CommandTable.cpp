@@ -14,6 +14,7 @@ std::vector<Command> CommandTable()
     AddDemoCommand(commands);
     AddMonitorCommand(commands);
     AddSendCommand(commands);
+    AddBridgeCommand(commands);
     AddProjectCommand(commands);
     return commands;
 }

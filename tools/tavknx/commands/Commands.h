@@ -15,6 +15,8 @@ void AddDemoCommand(std::vector<Command>& commands);
 // The live bus through knxd.
 void AddMonitorCommand(std::vector<Command>& commands);
 void AddSendCommand(std::vector<Command>& commands);
+// The bus on MQTT.
+void AddBridgeCommand(std::vector<Command>& commands);
 // The ETS project.
 void AddProjectCommand(std::vector<Command>& commands);
 } // namespace TavKnx

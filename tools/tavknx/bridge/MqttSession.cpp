@@ -1,0 +1,260 @@
+#include "bridge/MqttSession.h"
+
+#include "knx/NumberText.h"
+#include "knx/TextError.h"
+
+#include <platform/Logging.h>
+
+#include <mosquitto.h>
+
+namespace TavKnx
+{
+namespace
+{
+namespace LogFile
+{
+constexpr char MqttSession[] = "MqttSession.cpp";
+} // namespace LogFile
+
+// The broker is tried again after 1 s, then after twice as long each time, at most 10 s.
+constexpr unsigned kFirstRetrySeconds = 1;
+constexpr unsigned kLongestRetrySeconds = 10;
+constexpr int kKeepAliveSeconds = 30;
+constexpr int kQos = 1;
+
+log4cplus::Logger BridgeLogger()
+{
+    return log4cplus::Logger::getInstance("tavknx.bridge");
+}
+
+// libmosquitto's global set-up, once for the process.
+void InitLibrary()
+{
+    static const int initialised = mosquitto_lib_init();
+    (void)initialised;
+}
+
+std::string Where(const MqttOptions& options)
+{
+    return options.address.host + ":" + std::to_string(options.address.port);
+}
+
+void Check(int code, const std::string& what)
+{
+    if (code != MOSQ_ERR_SUCCESS)
+    {
+        throw MqttError(what + ": " + mosquitto_strerror(code));
+    }
+}
+} // namespace
+
+MqttAddress ParseMqttUrl(const std::string& url)
+{
+    MqttAddress address;
+    std::string rest;
+    if (url.compare(0, 7, "mqtt://") == 0)
+    {
+        rest = url.substr(7);
+    }
+    else if (url.compare(0, 8, "mqtts://") == 0)
+    {
+        rest = url.substr(8);
+        address.tls = true;
+        address.port = 8883;
+    }
+    const std::string::size_type colon = rest.rfind(':');
+    address.host = rest.substr(0, colon);
+    if (address.host.empty() || address.host.find_first_of("/@[]") != std::string::npos)
+    {
+        throw TextError("--mqtt: expected mqtt://HOST[:PORT] or mqtts://HOST[:PORT], got " + Quote(url));
+    }
+    if (colon != std::string::npos)
+    {
+        address.port = static_cast<int>(ParseUnsigned(rest.substr(colon + 1), 65535, "--mqtt port"));
+        if (address.port == 0)
+        {
+            throw TextError("--mqtt port: expected 1-65535, got '0'");
+        }
+    }
+    return address;
+}
+
+MqttSession::MqttSession(MqttOptions options) : options_(std::move(options))
+{
+    InitLibrary();
+    // Clean session off: the broker keeps the subscriptions and the QoS 1 commands for this id.
+    client_ = mosquitto_new(options_.clientId.c_str(), false, this);
+    if (client_ == nullptr)
+    {
+        throw MqttError("cannot create an MQTT client with id '" + options_.clientId + "'");
+    }
+    try
+    {
+        mosquitto_connect_callback_set(client_, &MqttSession::OnConnect);
+        mosquitto_disconnect_callback_set(client_, &MqttSession::OnDisconnect);
+        mosquitto_message_callback_set(client_, &MqttSession::OnMessage);
+        mosquitto_publish_callback_set(client_, &MqttSession::OnPublish);
+        Check(mosquitto_reconnect_delay_set(client_, kFirstRetrySeconds, kLongestRetrySeconds, true),
+              "MQTT reconnect delay");
+        if (!options_.willTopic.empty())
+        {
+            Check(mosquitto_will_set(client_, options_.willTopic.c_str(), 7, "offline", kQos, true), "MQTT last will");
+        }
+        if (!options_.username.empty())
+        {
+            Check(mosquitto_username_pw_set(client_, options_.username.c_str(), options_.password.c_str()),
+                  "MQTT user name");
+        }
+        if (!options_.caFile.empty() || options_.address.tls)
+        {
+            Check(mosquitto_tls_set(client_, options_.caFile.empty() ? nullptr : options_.caFile.c_str(),
+                                    options_.caFile.empty() ? "/etc/ssl/certs" : nullptr, nullptr, nullptr, nullptr),
+                  "MQTT TLS with CA file '" + options_.caFile + "'");
+        }
+    }
+    catch (...)
+    {
+        mosquitto_destroy(client_);
+        throw;
+    }
+}
+
+MqttSession::~MqttSession()
+{
+    if (started_)
+    {
+        mosquitto_disconnect(client_);
+        mosquitto_loop_stop(client_, true);
+    }
+    mosquitto_destroy(client_);
+}
+
+void MqttSession::Start()
+{
+    const int code = mosquitto_connect_async(client_, options_.address.host.c_str(), options_.address.port,
+                                             kKeepAliveSeconds);
+    if (code != MOSQ_ERR_SUCCESS)
+    {
+        // The background thread tries again; a name that does not resolve stays an error there too.
+        TAV_LOG_AT(BridgeLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MqttSession, 140,
+                   "cannot reach the MQTT broker at " << Where(options_) << ": " << mosquitto_strerror(code)
+                                                      << "; trying again, at most every " << kLongestRetrySeconds
+                                                      << " s");
+    }
+    Check(mosquitto_loop_start(client_), "MQTT background thread");
+    started_ = true;
+}
+
+bool MqttSession::Publish(const MqttMessage& message)
+{
+    int id = 0;
+    const int code = mosquitto_publish(client_, &id, message.topic.c_str(), static_cast<int>(message.payload.size()),
+                                       message.payload.data(), kQos, message.retain);
+    if (code != MOSQ_ERR_SUCCESS)
+    {
+        TAV_LOG_AT(BridgeLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MqttSession, 156,
+                   "cannot publish to '" << message.topic << "': " << mosquitto_strerror(code));
+        return false;
+    }
+    return true;
+}
+
+bool MqttSession::Receive(std::chrono::milliseconds wait, MqttMessage& message)
+{
+    std::unique_lock<std::mutex> lock(mutex_);
+    if (!changed_.wait_for(lock, wait, [this] { return !incoming_.empty(); }))
+    {
+        return false;
+    }
+    message = std::move(incoming_.front());
+    incoming_.pop_front();
+    return true;
+}
+
+void MqttSession::Stop(const MqttMessage& last, std::chrono::milliseconds wait)
+{
+    if (!started_)
+    {
+        return;
+    }
+    int id = 0;
+    {
+        // Registered before the broker can answer, so that the acknowledgement is not missed.
+        std::unique_lock<std::mutex> lock(mutex_);
+        const int code = mosquitto_publish(client_, &id, last.topic.c_str(), static_cast<int>(last.payload.size()),
+                                           last.payload.data(), kQos, last.retain);
+        if (code == MOSQ_ERR_SUCCESS)
+        {
+            pending_.insert(id);
+            changed_.wait_for(lock, wait, [this, id] { return pending_.count(id) == 0; });
+        }
+    }
+    mosquitto_disconnect(client_);
+    mosquitto_loop_stop(client_, false);
+    started_ = false;
+}
+
+std::uint64_t MqttSession::Acknowledged() const
+{
+    std::lock_guard<std::mutex> lock(mutex_);
+    return acknowledged_;
+}
+
+void MqttSession::OnConnect(mosquitto* client, void* self, int code)
+{
+    auto& session = *static_cast<MqttSession*>(self);
+    if (code != 0)
+    {
+        TAV_LOG_AT(BridgeLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MqttSession, 205,
+                   "the MQTT broker at " << Where(session.options_) << " refused the connection: "
+                                         << mosquitto_connack_string(code));
+        return;
+    }
+    for (const std::string& filter : session.options_.subscriptions)
+    {
+        mosquitto_subscribe(client, nullptr, filter.c_str(), kQos);
+    }
+    TAV_LOG_AT(BridgeLogger(), log4cplus::INFO_LOG_LEVEL, LogFile::MqttSession, 214,
+               "connected to the MQTT broker at " << Where(session.options_) << " as '" << session.options_.clientId
+                                                  << "'");
+    if (session.options_.onConnect)
+    {
+        session.options_.onConnect();
+    }
+}
+
+void MqttSession::OnDisconnect(mosquitto*, void* self, int code)
+{
+    auto& session = *static_cast<MqttSession*>(self);
+    if (code != 0)
+    {
+        TAV_LOG_AT(BridgeLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MqttSession, 227,
+                   "lost the MQTT broker at " << Where(session.options_) << ": " << mosquitto_strerror(code)
+                                              << "; trying again, at most every " << kLongestRetrySeconds << " s");
+    }
+}
+
+void MqttSession::OnMessage(mosquitto*, void* self, const mosquitto_message* message)
+{
+    auto& session = *static_cast<MqttSession*>(self);
+    MqttMessage copy;
+    copy.topic = message->topic;
+    copy.payload.assign(static_cast<const char*>(message->payload), static_cast<std::size_t>(message->payloadlen));
+    {
+        std::lock_guard<std::mutex> lock(session.mutex_);
+        session.incoming_.push_back(std::move(copy));
+    }
+    session.changed_.notify_all();
+}
+
+void MqttSession::OnPublish(mosquitto*, void* self, int id)
+{
+    auto& session = *static_cast<MqttSession*>(self);
+    {
+        std::lock_guard<std::mutex> lock(session.mutex_);
+        ++session.acknowledged_;
+        session.pending_.erase(id);
+    }
+    session.changed_.notify_all();
+}
+} // namespace TavKnx

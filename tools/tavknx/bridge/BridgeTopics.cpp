@@ -64,8 +64,8 @@ std::string CheckTopicPrefix(const std::string& prefix, const char* what)
                             prefix.find("//") != std::string::npos;
     if (emptyLevel || prefix.find_first_of("+#") != std::string::npos || prefix.find('\0') != std::string::npos)
     {
-        throw TextError(std::string(what) + ": expected topic levels without wildcards or empty levels (for example knx), got '" +
-                        prefix + "'");
+        throw TextError(std::string(what) + ": expected topic levels without wildcards or empty levels (for example knx), got " +
+                        Quote(prefix));
     }
     return prefix;
 }

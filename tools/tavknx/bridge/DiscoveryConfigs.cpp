@@ -44,6 +44,11 @@ std::string Config(std::uint16_t groupAddress, const std::string* name, const Br
         // The state's JSON true or false as the entity's ON and OFF.
         config.Add("value_template", "{{ 'ON' if value_json.value else 'OFF' }}");
     }
+    else if (Is(entity.component, "number"))
+    {
+        // The codec gives a percentage (5.001) as its byte, 0 to 255; the entity shows 0 to 100.
+        config.Add("value_template", "{{ (value_json.value * 100 / 255) | round(0) | int }}");
+    }
     else
     {
         config.Add("value_template", "{{ value_json.value }}");
@@ -65,7 +70,10 @@ std::string Config(std::uint16_t groupAddress, const std::string* name, const Br
         }
         else if (Is(entity.component, "number"))
         {
-            config.Add("min", 0).Add("max", 100).Add("step", 1);
+            config.Add("command_template", "{{ (value * 255 / 100) | round(0) | int }}")
+                .Add("min", 0)
+                .Add("max", 100)
+                .Add("step", 1);
         }
         else if (Is(entity.component, "text"))
         {

@@ -1,0 +1,250 @@
+#!/usr/bin/env bash
+# End-to-end tests of `tavknx bridge` between a private knxd and a private mosquitto (both
+# started by CTest fixtures: knxd-fixture.sh, mosquitto-fixture.sh).
+# Usage: bridge-test.sh GROUP TAVKNX APDU-SENDER KNXD-STATE MOSQUITTO-STATE
+set -u
+group="$1"
+tavknx="$2"
+sender="$3"
+knxd_state="$4"
+mqtt_state="$5"
+here="$(cd "$(dirname "$0")" && pwd)"
+read -r -a runner <<<"${TAV_TEST_RUNNER:-}"
+url="local:$(cat "$knxd_state")/knx"
+port="$(cat "$(cat "$mqtt_state")/port")"
+tmp="$(mktemp -d)"
+failures=0
+bridge_pid=""
+sub_pid=""
+cleanup() {
+  [ -n "$bridge_pid" ] && kill "$bridge_pid" 2>/dev/null
+  [ -n "$sub_pid" ] && kill "$sub_pid" 2>/dev/null
+  rm -rf "$tmp"
+}
+trap cleanup EXIT
+
+fail() {
+  echo "FAIL: $*" >&2
+  failures=$((failures + 1))
+}
+
+cat >"$tmp/map.txt" <<MAP
+1/0/1;1.001
+1/0/2;5.001
+1/0/3;9.001
+1/0/4;10.001
+1/0/5;11.001
+1/0/6;14.056
+1/0/7;16.000
+MAP
+
+# Starts the bridge (stderr $tmp/bridge.err) and waits until it is connected to the broker.
+start_bridge() {
+  rm -f "$tmp/bridge.err"
+  "${runner[@]}" "$tavknx" bridge --url "$url" --mqtt "mqtt://127.0.0.1:$port" --client-id "test-$group" \
+    --log-level info "$@" 2>"$tmp/bridge.err" &
+  bridge_pid=$!
+  for _ in $(seq 1 200); do
+    grep -qs "connected to the MQTT broker" "$tmp/bridge.err" && return 0
+    kill -0 "$bridge_pid" 2>/dev/null || break
+    sleep 0.05
+  done
+  fail "the bridge did not connect: $(cat "$tmp/bridge.err")"
+  return 1
+}
+
+stop_bridge() {
+  kill -INT "$bridge_pid"
+  wait "$bridge_pid"
+  bridge_code=$?
+  bridge_pid=""
+}
+
+# Subscribes to FILTER in the background until COUNT messages came ("topic payload" lines).
+subscribe() {
+  local count="$1"
+  shift
+  rm -f "$tmp/sub.out"
+  mosquitto_sub -h 127.0.0.1 -p "$port" -v -C "$count" -W 60 "$@" >"$tmp/sub.out" &
+  sub_pid=$!
+  sleep 0.3
+}
+
+wait_sub() {
+  wait "$sub_pid"
+  sub_pid=""
+}
+
+# Watches the bus: the monitor's JSON lines in $tmp/mon.out.
+start_monitor() {
+  rm -f "$tmp/mon.out" "$tmp/mon.err"
+  "${runner[@]}" "$tavknx" monitor --url "$url" --log-level info --json "$@" >"$tmp/mon.out" 2>"$tmp/mon.err" &
+  monitor_pid=$!
+  for _ in $(seq 1 200); do
+    grep -qs "listening to knxd" "$tmp/mon.err" && return 0
+    sleep 0.05
+  done
+  fail "the monitor did not start"
+}
+
+# Time and source vary from run to run.
+normalise() {
+  sed -E 's/"source":"[0-9.]+","time":"[0-9T:.Z-]+"/"source":S,"time":T/'
+}
+
+publish() {
+  mosquitto_pub -h 127.0.0.1 -p "$port" -q 1 "$@"
+}
+
+case "$group" in
+  bus-to-mqtt)
+    start_bridge --map "$tmp/map.txt" || exit 1
+    subscribe 8 -t 'knx/1/0/+/state' -t 'knx/raw/#'
+    "${runner[@]}" "$sender" "$url" 1 1/0/1 0081 1/0/2 008080 1/0/3 00800c1a 1/0/4 00802c1e00 1/0/5 00801e0418 \
+      1/0/6 008042c80000 1/0/7 008048656c6c6f000000000000000000 2/0/1 00800c >/dev/null || fail "ApduSender failed"
+    wait_sub
+    normalise <"$tmp/sub.out" >"$tmp/got.txt"
+    cat >"$tmp/want.txt" <<'WANT'
+knx/1/0/1/state {"ok":true,"value":true,"dpt":"1.1","ivt":2,"type":"Bool","hex":"01","source":S,"time":T}
+knx/1/0/2/state {"ok":true,"value":128,"dpt":"5.1","ivt":6,"type":"Byte","hex":"80","source":S,"time":T}
+knx/1/0/3/state {"ok":true,"value":21.0,"dpt":"9.1","ivt":3,"type":"Float","hex":"0c1a","source":S,"time":T}
+knx/1/0/4/state {"ok":true,"value":"12:30:00","weekday":1,"dpt":"10.1","ivt":15,"type":"DayTime","hex":"2c1e00","source":S,"time":T}
+knx/1/0/5/state {"ok":true,"value":"2024-04-30","dpt":"11.1","ivt":11,"type":"Date","hex":"1e0418","source":S,"time":T}
+knx/1/0/6/state {"ok":true,"value":1e+02,"dpt":"14.56","ivt":3,"type":"Float","hex":"42c80000","source":S,"time":T}
+knx/1/0/7/state {"ok":true,"value":"Hello","dpt":"16.0","ivt":10,"type":"String","hex":"48656c6c6f000000000000000000","source":S,"time":T}
+knx/raw/2/0/1 {"kind":"write","hex":"0c","source":S,"time":T}
+WANT
+    diff "$tmp/want.txt" "$tmp/got.txt" >&2 || fail "bus to MQTT: the payloads differ"
+    # Retained: a late subscriber gets the last state.
+    got=$(mosquitto_sub -h 127.0.0.1 -p "$port" -t knx/1/0/3/state -C 1 -W 5 | normalise)
+    [ "$got" = '{"ok":true,"value":21.0,"dpt":"9.1","ivt":3,"type":"Float","hex":"0c1a","source":S,"time":T}' ] \
+      || fail "retained state: $got"
+    stop_bridge
+    [ "$bridge_code" = 0 ] || fail "Ctrl-C: exit $bridge_code"
+    got=$(mosquitto_sub -h 127.0.0.1 -p "$port" -t knx/status -C 1 -W 5)
+    [ "$got" = offline ] || fail "status after Ctrl-C: '$got', expected offline"
+    ;;
+  mqtt-to-bus)
+    start_bridge --map "$tmp/map.txt" || exit 1
+    start_monitor --count 9 --timeout 30
+    publish -t knx/1/0/1/set -m true
+    publish -t knx/1/0/2/set -m '{"value":128}'
+    publish -t knx/1/0/3/set -m 21.5
+    publish -t knx/1/0/4/set -m '"12:30:00/1"'
+    publish -t knx/1/0/5/set -m 'date:2024-04-30'
+    publish -t knx/1/0/6/set -m 100
+    publish -t knx/1/0/7/set -m '"Hello"'
+    publish -t knx/1/0/3/read -n
+    publish -t knx/1/0/1/set -m false
+    wait "$monitor_pid"
+    sed -E 's/^\{"time":"[^"]*","source":"[^"]*",//; s/,"bits".*//' "$tmp/mon.out" >"$tmp/got.txt"
+    cat >"$tmp/want.txt" <<'WANT'
+"ga":"1/0/1","kind":"write","hex":"01"
+"ga":"1/0/2","kind":"write","hex":"80"
+"ga":"1/0/3","kind":"write","hex":"0c33"
+"ga":"1/0/4","kind":"write","hex":"2c1e00"
+"ga":"1/0/5","kind":"write","hex":"1e0418"
+"ga":"1/0/6","kind":"write","hex":"42c80000"
+"ga":"1/0/7","kind":"write","hex":"48656c6c6f000000000000000000"
+"ga":"1/0/3","kind":"read","hex":""
+"ga":"1/0/1","kind":"write","hex":"00"
+WANT
+    diff "$tmp/want.txt" "$tmp/got.txt" >&2 || fail "MQTT to bus: the telegrams differ"
+    stop_bridge
+    ;;
+  misfit)
+    start_bridge --map "$tmp/map.txt" || exit 1
+    start_monitor --timeout 2
+    subscribe 2 -t 'knx/+/+/+/error'
+    publish -t knx/1/0/3/set -m warm
+    publish -t knx/9/0/9/set -m 1
+    wait_sub
+    wait "$monitor_pid"
+    cat >"$tmp/want.txt" <<'WANT'
+knx/1/0/3/error {"topic":"knx/1/0/3/set","payload":"warm","error":"VALUE: expected TYPE:TEXT (for example float:21.5), got 'warm'"}
+knx/9/0/9/error {"topic":"knx/9/0/9/set","payload":"1","error":"9/0/9 has no DPT in the map"}
+WANT
+    diff "$tmp/want.txt" "$tmp/sub.out" >&2 || fail "misfit: the error messages differ"
+    grep -q "^WARN  Bridge.cpp:161 Refuse - 'knx/1/0/3/set' 'warm' not sent: VALUE: expected TYPE:TEXT (for example float:21.5), got 'warm'$" \
+      "$tmp/bridge.err" || fail "misfit: no log line: $(cat "$tmp/bridge.err")"
+    [ ! -s "$tmp/mon.out" ] || fail "misfit: the bus saw $(cat "$tmp/mon.out")"
+    stop_bridge
+    ;;
+  discovery)
+    fixture="${TAV_KNXPROJ_FIXTURE:?}"
+    "${runner[@]}" "$fixture" "$tmp/project.knxproj" 20 >/dev/null || { fail "no project fixture"; exit 1; }
+    start_bridge --map "$tmp/project.knxproj" --discovery homeassistant || exit 1
+    count=$(sed -nE 's/.* ([0-9]+) discovery configs$/\1/p' "$tmp/bridge.err")
+    [ -n "$count" ] && [ "$count" -gt 0 ] || fail "discovery: no configs announced: $(cat "$tmp/bridge.err")"
+    mosquitto_sub -h 127.0.0.1 -p "$port" -v -t 'homeassistant/#' -C "${count:-1}" -W 10 >"$tmp/sub.out"
+    [ "$(wc -l <"$tmp/sub.out")" = "$count" ] || fail "discovery: $(wc -l <"$tmp/sub.out") configs of $count"
+    diff "$here/data/bridge-discovery.txt" "$tmp/sub.out" >&2 || fail "discovery: the configs differ"
+    stop_bridge
+    # A second run announces the same entities under the same unique ids.
+    start_bridge --map "$tmp/project.knxproj" --discovery homeassistant || exit 1
+    mosquitto_sub -h 127.0.0.1 -p "$port" -v -t 'homeassistant/#' -C "${count:-1}" -W 10 >"$tmp/again.out"
+    diff "$tmp/sub.out" "$tmp/again.out" >&2 || fail "discovery: the second run's configs differ"
+    stop_bridge
+    ;;
+  broker-restart)
+    start_bridge --map "$tmp/map.txt" || exit 1
+    start_monitor --count 1 --timeout 60
+    bash "$here/mosquitto-fixture.sh" stop-keep "$mqtt_state"
+    for _ in $(seq 1 100); do
+      grep -qs "lost the MQTT broker" "$tmp/bridge.err" && break
+      sleep 0.05
+    done
+    grep -qs "lost the MQTT broker" "$tmp/bridge.err" || fail "broker restart: the bridge did not notice"
+    bash "$here/mosquitto-fixture.sh" restart "$mqtt_state"
+    # The bridge is still waiting for its next attempt: the broker keeps this for its session.
+    publish -t knx/1/0/3/set -m 21.5
+    wait "$monitor_pid"
+    sleep 1
+    lines=$(grep -c '"ga":"1/0/3","kind":"write","hex":"0c33"' "$tmp/mon.out")
+    [ "$lines" = 1 ] || fail "broker restart: the command came $lines times: $(cat "$tmp/mon.out")"
+    [ "$(grep -c "connected to the MQTT broker" "$tmp/bridge.err")" = 2 ] || fail "broker restart: not reconnected"
+    stop_bridge
+    ;;
+  knxd-restart)
+    start_bridge --map "$tmp/map.txt" || exit 1
+    bash "$here/knxd-fixture.sh" restart "$knxd_state"
+    for _ in $(seq 1 200); do
+      grep -qs "connected to knxd at '$url' again" "$tmp/bridge.err" && break
+      sleep 0.05
+    done
+    grep -qs "connected to knxd at '$url' again" "$tmp/bridge.err" || fail "knxd restart: not reconnected: $(cat "$tmp/bridge.err")"
+    subscribe 1 -t knx/1/0/3/state
+    "${runner[@]}" "$sender" "$url" 1 1/0/3 00800c1a >/dev/null
+    wait_sub
+    grep -q '"value":21.0' "$tmp/sub.out" || fail "knxd restart: no state after it: $(cat "$tmp/sub.out")"
+    stop_bridge
+    ;;
+  load)
+    rounds="${TAV_BRIDGE_LOAD_ROUNDS:-5000}"
+    total=$((rounds * 2))
+    start_bridge --map "$tmp/map.txt" || exit 1
+    rm -f "$tmp/sub.out"
+    mosquitto_sub -h 127.0.0.1 -p "$port" -t 'knx/1/0/+/state' -F '%U %p' -C "$total" -W 120 >"$tmp/sub.out" &
+    sub_pid=$!
+    sleep 0.3
+    start=$(date +%s.%N)
+    "${runner[@]}" "$sender" "$url" "$rounds" 1/0/3 00800c1a 1/0/1 0081 >/dev/null || fail "ApduSender failed"
+    wait_sub
+    end=$(date +%s.%N)
+    got=$(wc -l <"$tmp/sub.out")
+    [ "$got" = "$total" ] || fail "load: $got of $total telegrams published"
+    # Latency: from the bridge taking the telegram from knxd ("time") to the subscriber.
+    # Both clocks in UTC seconds of the day ("time" has milliseconds, %U nanoseconds).
+    awk '{ match($0, /"time":"[^"]*"/); t = substr($0, RSTART + 19, 12); split(t, f, ":");
+           bridge = f[1] * 3600 + f[2] * 60 + f[3]; delivered = $1 % 86400;
+           d = delivered - bridge; if (d < -43200) d += 86400; print d * 1000 }' "$tmp/sub.out" | sort -n >"$tmp/lat.txt"
+    echo "load: $got of $total telegrams published, $(awk -v n="$got" -v s="$start" -v e="$end" 'BEGIN { printf "%.0f telegrams/s", n / (e - s) }')," \
+      "median telegram-to-publish latency $(awk '{ a[NR] = $1 } END { printf "%.1f ms", a[int((NR + 1) / 2)] }' "$tmp/lat.txt")"
+    stop_bridge
+    ;;
+  *)
+    echo "unknown group $group" >&2
+    exit 2
+    ;;
+esac
+[ "$failures" = 0 ]

@@ -168,7 +168,14 @@ WANT
     grep -q "^WARN  Bridge.cpp:161 Refuse - 'knx/1/0/3/set' 'warm' not sent: VALUE: expected TYPE:TEXT (for example float:21.5), got 'warm'$" \
       "$tmp/bridge.err" || fail "misfit: no log line: $(cat "$tmp/bridge.err")"
     [ ! -s "$tmp/mon.out" ] || fail "misfit: the bus saw $(cat "$tmp/mon.out")"
-    stop_bridge
+    got=$(mosquitto_sub -h 127.0.0.1 -p "$port" -t knx/status -C 1 -W 5)
+    [ "$got" = online ] || fail "status while running: '$got', expected online"
+    # Killed without a word: the broker publishes the last will.
+    kill -KILL "$bridge_pid"
+    wait "$bridge_pid" 2>/dev/null
+    bridge_pid=""
+    got=$(mosquitto_sub -h 127.0.0.1 -p "$port" -t knx/status -C 1 -W 5)
+    [ "$got" = offline ] || fail "last will: '$got', expected offline"
     ;;
   discovery)
     fixture="${TAV_KNXPROJ_FIXTURE:?}"

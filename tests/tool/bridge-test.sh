@@ -212,6 +212,26 @@ WANT
     [ "$(grep -c "connected to the MQTT broker" "$tmp/bridge.err")" = 2 ] || fail "broker restart: not reconnected"
     stop_bridge
     ;;
+  late-broker)
+    # The broker is not there at the start: the bridge keeps trying, and what the bus said in
+    # the meantime is published once it is there.
+    bash "$here/mosquitto-fixture.sh" stop-keep "$mqtt_state"
+    "${runner[@]}" "$tavknx" bridge --url "$url" --mqtt "mqtt://127.0.0.1:$port" --client-id test-late --map "$tmp/map.txt" \
+      --log-level info 2>"$tmp/bridge.err" &
+    bridge_pid=$!
+    for _ in $(seq 1 200); do
+      grep -qs "bridging knxd" "$tmp/bridge.err" && break
+      sleep 0.05
+    done
+    "${runner[@]}" "$sender" "$url" 1 1/0/3 00800c1a >/dev/null || fail "ApduSender failed"
+    bash "$here/mosquitto-fixture.sh" restart "$mqtt_state"
+    got=$(mosquitto_sub -h 127.0.0.1 -p "$port" -t knx/1/0/3/state -C 1 -W 30 | normalise)
+    [ "$got" = '{"ok":true,"value":21.0,"dpt":"9.1","ivt":3,"type":"Float","hex":"0c1a","source":S,"time":T}' ] \
+      || fail "late broker: '$got'"
+    grep -q "^WARN  MqttSession.cpp:140 Start - cannot reach the MQTT broker at 127.0.0.1:$port: Connection refused; trying again, at most every 10 s$" \
+      "$tmp/bridge.err" || fail "late broker: no WARN line: $(cat "$tmp/bridge.err")"
+    stop_bridge
+    ;;
   knxd-restart)
     start_bridge --map "$tmp/map.txt" || exit 1
     bash "$here/knxd-fixture.sh" restart "$knxd_state"

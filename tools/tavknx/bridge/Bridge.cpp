@@ -89,6 +89,7 @@ int Bridge::Run()
                                     << " discovery configs");
     while (!StopRequested())
     {
+        session_->KeepTrying();
         if (knxd_)
         {
             ReceiveFromKnxd();
@@ -104,7 +105,7 @@ int Bridge::Run()
         }
     }
     session_->Stop({topics_.Status(), "offline", true}, kGoodbyeWait);
-    TAV_LOG_AT(BridgeLogger(), log4cplus::INFO_LOG_LEVEL, LogFile::Bridge, 106, "stopped; status 'offline' published");
+    TAV_LOG_AT(BridgeLogger(), log4cplus::INFO_LOG_LEVEL, LogFile::Bridge, 106, "stopped");
     return 0;
 }
 

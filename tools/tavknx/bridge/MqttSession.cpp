@@ -7,6 +7,8 @@
 
 #include <mosquitto.h>
 
+#include <algorithm>
+
 namespace TavKnx
 {
 namespace
@@ -131,16 +133,43 @@ MqttSession::~MqttSession()
 
 void MqttSession::Start()
 {
+    connecting_ = true;
+    retry_ = std::chrono::seconds(kFirstRetrySeconds);
     const int code = mosquitto_connect_async(client_, options_.address.host.c_str(), options_.address.port,
                                              kKeepAliveSeconds);
     if (code != MOSQ_ERR_SUCCESS)
     {
-        // The background thread tries again; a name that does not resolve stays an error there too.
+        // libmosquitto's thread reconnects only a connection it once had: until then, KeepTrying.
         TAV_LOG_AT(BridgeLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MqttSession, 140,
                    "cannot reach the MQTT broker at " << Where(options_) << ": " << mosquitto_strerror(code)
                                                       << "; trying again, at most every " << kLongestRetrySeconds
                                                       << " s");
+        nextAttempt_ = std::chrono::steady_clock::now() + retry_;
+        return;
     }
+    connecting_ = false;
+    Check(mosquitto_loop_start(client_), "MQTT background thread");
+    started_ = true;
+}
+
+void MqttSession::KeepTrying()
+{
+    if (!connecting_ || std::chrono::steady_clock::now() < nextAttempt_)
+    {
+        return;
+    }
+    const int code = mosquitto_connect_async(client_, options_.address.host.c_str(), options_.address.port,
+                                             kKeepAliveSeconds);
+    if (code != MOSQ_ERR_SUCCESS)
+    {
+        retry_ = std::min(retry_ * 2, std::chrono::seconds(kLongestRetrySeconds));
+        nextAttempt_ = std::chrono::steady_clock::now() + retry_;
+        TAV_LOG_AT(BridgeLogger(), log4cplus::INFO_LOG_LEVEL, LogFile::MqttSession, 170,
+                   "cannot reach the MQTT broker at " << Where(options_) << ": " << mosquitto_strerror(code)
+                                                      << "; next attempt in " << retry_.count() << " s");
+        return;
+    }
+    connecting_ = false;
     Check(mosquitto_loop_start(client_), "MQTT background thread");
     started_ = true;
 }
@@ -150,7 +179,8 @@ bool MqttSession::Publish(const MqttMessage& message)
     int id = 0;
     const int code = mosquitto_publish(client_, &id, message.topic.c_str(), static_cast<int>(message.payload.size()),
                                        message.payload.data(), kQos, message.retain);
-    if (code != MOSQ_ERR_SUCCESS)
+    // Away from the broker, libmosquitto keeps a QoS 1 message and sends it on the next connect.
+    if (code != MOSQ_ERR_SUCCESS && code != MOSQ_ERR_NO_CONN)
     {
         TAV_LOG_AT(BridgeLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MqttSession, 156,
                    "cannot publish to '" << message.topic << "': " << mosquitto_strerror(code));

@@ -59,8 +59,10 @@ public:
     MqttSession(const MqttSession&) = delete;
     MqttSession& operator=(const MqttSession&) = delete;
 
-    // Starts connecting in the background; a broker that is not there yet is tried again.
+    // Starts connecting; once connected, libmosquitto's thread keeps the connection.
     void Start();
+    // Until the first connection: tries again when the back-off says so. Call it often.
+    void KeepTrying();
     // Queues a message at QoS 1 (kept by libmosquitto while the broker is away). False when
     // libmosquitto refused it (the log says why).
     bool Publish(const MqttMessage& message);
@@ -80,7 +82,10 @@ private:
 
     MqttOptions options_;
     mosquitto* client_ = nullptr;
-    bool started_ = false;
+    bool started_ = false;     // libmosquitto's thread runs
+    bool connecting_ = false;  // a first connection is still to be made
+    std::chrono::steady_clock::time_point nextAttempt_;
+    std::chrono::seconds retry_{0};
     mutable std::mutex mutex_;
     std::condition_variable changed_;
     std::deque<MqttMessage> incoming_;

@@ -247,6 +247,34 @@ WANT
     grep -q '"value":21.0' "$tmp/sub.out" || fail "knxd restart: no state after it: $(cat "$tmp/sub.out")"
     stop_bridge
     ;;
+  usage)
+    # Bad options: exit 2 and one line naming the option; a CA file that cannot be used: exit 1.
+    expect_usage() {
+      local want="$1"
+      shift
+      "${runner[@]}" "$tavknx" bridge "$@" >"$tmp/out" 2>"$tmp/err"
+      local code=$?
+      [ "$code" = 2 ] || fail "bridge $*: exit $code, expected 2"
+      [ "$(head -1 "$tmp/err")" = "tavknx bridge: $want" ] || fail "bridge $*: '$(head -1 "$tmp/err")', expected '$want'"
+      [ ! -s "$tmp/out" ] || fail "bridge $*: stdout '$(cat "$tmp/out")'"
+    }
+    expect_usage "--map: the bridge needs a map file or an ETS project (.knxproj)"
+    expect_usage "--mqtt: expected mqtt://HOST[:PORT] or mqtts://HOST[:PORT], got 'http://x'" --map "$tmp/map.txt" --mqtt http://x
+    expect_usage "--mqtt port: expected 1-65535, got '0'" --map "$tmp/map.txt" --mqtt mqtt://h:0
+    expect_usage "--prefix: expected topic levels without wildcards or empty levels (for example knx), got 'knx/#'" \
+      --map "$tmp/map.txt" --prefix 'knx/#'
+    expect_usage "--discovery: expected topic levels without wildcards or empty levels (for example knx), got '/ha'" \
+      --map "$tmp/map.txt" --discovery /ha
+    expect_usage "--password-file: needs --username" --map "$tmp/map.txt" --password-file "$tmp/map.txt"
+    expect_usage "--password-file: cannot read '$tmp/none'" --map "$tmp/map.txt" --username u --password-file "$tmp/none"
+    expect_usage "expected no arguments, got 1 argument (first extra: 'extra')" extra --map "$tmp/map.txt"
+    "${runner[@]}" "$tavknx" bridge --map "$tmp/map.txt" --url "$url" --mqtt "mqtt://127.0.0.1:$port" --tls "$tmp/none.pem" \
+      >"$tmp/out" 2>"$tmp/err"
+    code=$?
+    [ "$code" = 1 ] || fail "--tls without a CA file: exit $code, expected 1"
+    grep -qx "tavknx bridge: MQTT TLS with CA file '$tmp/none.pem': Invalid function arguments provided." "$tmp/err" \
+      || fail "--tls without a CA file: '$(cat "$tmp/err")'"
+    ;;
   load)
     rounds="${TAV_BRIDGE_LOAD_ROUNDS:-5000}"
     total=$((rounds * 2))

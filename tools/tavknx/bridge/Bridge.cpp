@@ -73,7 +73,7 @@ int Bridge::Run()
     session_ = std::make_unique<MqttSession>(options_.mqtt);
     try
     {
-        knxd_ = std::make_unique<KnxdConnection>(options_.knxdUrl, false);
+        ConnectKnxd();
     }
     catch (const KnxdError& error)
     {
@@ -128,11 +128,24 @@ void Bridge::ReceiveFromKnxd()
     {
         TAV_LOG_AT(BridgeLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::Bridge, 126,
                    error.what() << "; trying again, at most every " << kLongestRetry.count() / 1000 << " s");
-        knxd_.reset();
+        DropKnxd();
         retry_ = kFirstRetry;
         attempts_ = 0;
         nextAttempt_ = Clock::now() + retry_;
     }
+}
+
+void Bridge::ConnectKnxd()
+{
+    auto listening = std::make_unique<KnxdConnection>(options_.knxdUrl, false);
+    knxdSend_ = std::make_unique<KnxdConnection>(options_.knxdUrl, true);
+    knxd_ = std::move(listening);
+}
+
+void Bridge::DropKnxd()
+{
+    knxd_.reset();
+    knxdSend_.reset();
 }
 
 void Bridge::ReconnectKnxd()
@@ -144,7 +157,7 @@ void Bridge::ReconnectKnxd()
     ++attempts_;
     try
     {
-        knxd_ = std::make_unique<KnxdConnection>(options_.knxdUrl, false);
+        ConnectKnxd();
         TAV_LOG_AT(BridgeLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::Bridge, 145,
                    "connected to knxd at '" << options_.knxdUrl << "' again after " << attempts_ << " attempt"
                                             << (attempts_ == 1 ? "" : "s"));
@@ -205,11 +218,15 @@ void Bridge::HandleCommand(const MqttMessage& message)
     }
     try
     {
-        knxd_->Send(command->groupAddress, apdu);
+        knxdSend_->Send(command->groupAddress, apdu);
     }
     catch (const KnxdError& error)
     {
         Refuse(command->groupAddress, message.payload, error.what());
+        DropKnxd();
+        retry_ = kFirstRetry;
+        attempts_ = 0;
+        nextAttempt_ = Clock::now() + retry_;
     }
 }
 } // namespace TavKnx

@@ -38,6 +38,8 @@ private:
     void OnBrokerConnect();
     void ReceiveFromKnxd();
     void ReconnectKnxd();
+    void ConnectKnxd();
+    void DropKnxd();
     void Refuse(std::uint16_t groupAddress, const std::string& payload, const std::string& reason);
 
     const GroupAddressMap& map_;
@@ -46,7 +48,10 @@ private:
     StatePayloads states_;
     std::vector<MqttMessage> discovery_;
     std::unique_ptr<MqttSession> session_;
+    // Two connections: what the bridge sends comes back on the listening one like any other
+    // client's telegram, so its own writes reach the state topics too.
     std::unique_ptr<KnxdConnection> knxd_;
+    std::unique_ptr<KnxdConnection> knxdSend_;
     std::chrono::milliseconds retry_;
     std::chrono::steady_clock::time_point nextAttempt_;
     unsigned attempts_ = 0;

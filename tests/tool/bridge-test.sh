@@ -292,6 +292,31 @@ WANT
     grep -qx "tavknx bridge: MQTT TLS with CA file '$tmp/none.pem': Invalid function arguments provided." "$tmp/err" \
       || fail "--tls without a CA file: '$(cat "$tmp/err")'"
     ;;
+  login)
+    # A broker of its own that lets in only user "bridge": the password from --password-file.
+    touch "$tmp/passwd"
+    mosquitto_passwd -b "$tmp/passwd" bridge 'Geheim 1' || { fail "mosquitto_passwd failed"; exit 1; }
+    chmod 600 "$tmp/passwd"
+    MOSQUITTO_PASSWORD_FILE="$tmp/passwd" bash "$here/mosquitto-fixture.sh" start "$tmp/login.state" || exit 1
+    login_port="$(cat "$(cat "$tmp/login.state")/port")"
+    printf 'Geheim 1\n' >"$tmp/right"
+    printf 'wrong\n' >"$tmp/wrong"
+    port="$login_port" start_bridge --map "$tmp/map.txt" --username bridge --password-file "$tmp/right"
+    got=$(mosquitto_sub -h 127.0.0.1 -p "$login_port" -u bridge -P 'Geheim 1' -t knx/status -C 1 -W 5)
+    [ "$got" = online ] || fail "login: status '$got', expected online"
+    stop_bridge
+    "${runner[@]}" "$tavknx" bridge --url "$url" --mqtt "mqtt://127.0.0.1:$login_port" --client-id test-login-wrong \
+      --map "$tmp/map.txt" --username bridge --password-file "$tmp/wrong" 2>"$tmp/bridge.err" &
+    bridge_pid=$!
+    for _ in $(seq 1 100); do
+      grep -qs "refused the connection" "$tmp/bridge.err" && break
+      sleep 0.05
+    done
+    grep -q "^WARN  MqttSession.cpp:205 OnConnect - the MQTT broker at 127.0.0.1:$login_port refused the connection: Connection Refused: not authorised.$" \
+      "$tmp/bridge.err" || fail "login: wrong password not reported: $(cat "$tmp/bridge.err")"
+    stop_bridge
+    bash "$here/mosquitto-fixture.sh" stop "$tmp/login.state"
+    ;;
   load)
     rounds="${TAV_BRIDGE_LOAD_ROUNDS:-5000}"
     total=$((rounds * 2))

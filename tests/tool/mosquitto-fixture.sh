@@ -3,6 +3,7 @@
 # 127.0.0.1, its configuration, persistence and log in a fresh temporary directory. STATE keeps
 # the directory between the start and the stop; DIR/port holds the port.
 # Usage: mosquitto-fixture.sh start|stop|stop-keep|restart STATE
+# MOSQUITTO_PASSWORD_FILE: a broker that lets in only the users of that file.
 set -euo pipefail
 action="$1"
 state="$2"
@@ -16,7 +17,11 @@ start_broker() {
     [ -n "$port" ] || port=$((20000 + RANDOM % 40000))
     cat >"$dir/mosquitto.conf" <<CONF
 listener $port 127.0.0.1
-allow_anonymous true
+$(if [ -n "${MOSQUITTO_PASSWORD_FILE:-}" ]; then
+    printf 'allow_anonymous false\npassword_file %s\n' "$MOSQUITTO_PASSWORD_FILE"
+  else
+    echo "allow_anonymous true"
+  fi)
 persistence true
 persistence_location $dir/
 autosave_interval 1

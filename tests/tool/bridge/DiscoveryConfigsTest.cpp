@@ -5,7 +5,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
+#include <fstream>
+#include <sstream>
 
 using TavKnx::BridgeTopics;
 using TavKnx::DiscoveryEntity;
@@ -85,4 +88,86 @@ TEST(DiscoveryConfigs, NodeIdKeepsOnlyWhatTopicsAndIdsAllow)
     EXPECT_EQ(TavKnx::DiscoveryNodeId("tavknx-bridge"), "tavknx-bridge");
     EXPECT_EQ(TavKnx::DiscoveryNodeId("site 1/knx+#"), "site_1_knx__");
     EXPECT_EQ(TavKnx::DiscoveryNodeId(""), "tavknx");
+}
+
+namespace
+{
+// docs/Bridge.md, from the test data folder (tests/tool/data) or from this file's folder.
+std::string ReadBridgePage()
+{
+    std::vector<std::string> candidates;
+    if (const char* data = std::getenv("TAV_TEST_DATA"))
+    {
+        candidates.push_back(std::string(data) + "/../../../docs/Bridge.md");
+    }
+    const std::string source = __FILE__;
+    candidates.push_back(source.substr(0, source.find_last_of('/')) + "/../../../docs/Bridge.md");
+    for (const std::string& path : candidates)
+    {
+        std::ifstream file(path);
+        if (file)
+        {
+            std::ostringstream text;
+            text << file.rdbuf();
+            return text.str();
+        }
+    }
+    return "";
+}
+
+// The text between the first pair of backticks in a cell, or "" without one.
+std::string Ticked(const std::string& cell)
+{
+    const std::size_t open = cell.find('`');
+    if (open == std::string::npos)
+    {
+        return "";
+    }
+    return cell.substr(open + 1, cell.find('`', open + 1) - open - 1);
+}
+
+std::vector<std::string> Cells(const std::string& line)
+{
+    std::vector<std::string> cells;
+    std::size_t start = 1;
+    for (std::size_t bar = line.find('|', start); bar != std::string::npos; bar = line.find('|', start))
+    {
+        cells.push_back(line.substr(start, bar - start));
+        start = bar + 1;
+    }
+    return cells;
+}
+} // namespace
+
+// The page's DPT-to-entity table says what the code does, row by row.
+TEST(DiscoveryTable, MatchesTheTableOfTheBridgePage)
+{
+    const std::string page = ReadBridgePage();
+    ASSERT_FALSE(page.empty()) << "docs/Bridge.md not found";
+    std::istringstream lines(page.substr(page.find("| DPT | component |")));
+    std::string line;
+    std::getline(lines, line);
+    std::getline(lines, line);  // the separator
+    int rows = 0;
+    while (std::getline(lines, line) && !line.empty() && line[0] == '|')
+    {
+        const std::vector<std::string> cells = Cells(line);
+        ASSERT_GE(cells.size(), 5u) << line;
+        const std::string dpt = cells[0].substr(1, cells[0].find(' ', 1) - 1);
+        if (dpt == "any")
+        {
+            continue;
+        }
+        const std::size_t dot = dpt.find('.');
+        const auto main = static_cast<std::uint16_t>(std::stoi(dpt.substr(0, dot)));
+        // "x": any sub number; 999 stands for one no exact row names.
+        const auto sub = static_cast<std::uint16_t>(dpt.substr(dot + 1) == "x" ? 999 : std::stoi(dpt.substr(dot + 1)));
+        const DiscoveryEntity entity = TavKnx::DiscoveryEntityFor(KNXDPT{0, main, sub});
+        EXPECT_EQ(Ticked(cells[1]), entity.component) << line;
+        EXPECT_EQ(Ticked(cells[2]), entity.deviceClass) << line;
+        EXPECT_EQ(Ticked(cells[3]), entity.unit) << line;
+        EXPECT_EQ(cells[4].find("yes") != std::string::npos, entity.command) << line;
+        ++rows;
+    }
+    EXPECT_EQ(rows, 23);
 }

@@ -10,8 +10,9 @@
 
 #include <platform/Logging.h>
 
+#include <poll.h>
+
 #include <algorithm>
-#include <thread>
 
 namespace TavKnx
 {
@@ -25,10 +26,9 @@ namespace LogFile
 constexpr char Bridge[] = "Bridge.cpp";
 } // namespace LogFile
 
-// Each side is waited on briefly in turn, so that neither a quiet bus nor a quiet broker holds
-// up the other, and Ctrl-C is seen at once.
-constexpr milliseconds kKnxdWait{5};
-constexpr milliseconds kBrokerWait{5};
+// The loop sleeps in poll(2) on knxd's socket and the session's wake pipe together; at least
+// this often it looks at Ctrl-C and the reconnect schedules.
+constexpr milliseconds kLongestWait{200};
 // knxd is tried again after 100 ms, then after twice as long each time, at most 5 s.
 constexpr milliseconds kFirstRetry{100};
 constexpr milliseconds kLongestRetry{5000};
@@ -90,16 +90,17 @@ int Bridge::Run()
     while (!StopRequested())
     {
         session_->KeepTrying();
+        if (!knxd_)
+        {
+            ReconnectKnxd();
+        }
+        Wait();
         if (knxd_)
         {
             ReceiveFromKnxd();
         }
-        else
-        {
-            ReconnectKnxd();
-        }
         MqttMessage command;
-        while (session_->Receive(knxd_ ? milliseconds(0) : kBrokerWait, command))
+        while (session_->Receive(milliseconds(0), command))
         {
             HandleCommand(command);
         }
@@ -109,13 +110,31 @@ int Bridge::Run()
     return 0;
 }
 
+void Bridge::Wait()
+{
+    pollfd descriptors[2] = {{session_->WakeFd(), POLLIN, 0}, {-1, POLLIN, 0}};
+    nfds_t count = 1;
+    milliseconds wait = kLongestWait;
+    if (knxd_)
+    {
+        descriptors[count++].fd = knxd_->PollFd();
+    }
+    else
+    {
+        wait = std::max(milliseconds(0),
+                        std::min(wait, std::chrono::duration_cast<milliseconds>(nextAttempt_ - Clock::now())));
+    }
+    // A signal (Ctrl-C) ends the wait early; an error is found out by the reads after it.
+    poll(descriptors, count, static_cast<int>(wait.count()));
+}
+
 void Bridge::ReceiveFromKnxd()
 {
     GroupTelegram telegram;
     try
     {
         // A burst is taken whole before the broker's side is looked at again.
-        for (int i = 0; i < 256 && knxd_->Receive(i == 0 ? kKnxdWait : milliseconds(0), telegram); ++i)
+        for (int i = 0; i < 256 && knxd_->Receive(milliseconds(0), telegram); ++i)
         {
             MqttMessage message;
             if (states_.Build(telegram, std::chrono::system_clock::now(), message))

@@ -36,6 +36,7 @@ public:
 
 private:
     void OnBrokerConnect();
+    void Wait();
     void ReceiveFromKnxd();
     void ReconnectKnxd();
     void ConnectKnxd();

@@ -7,7 +7,12 @@
 
 #include <mosquitto.h>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 
 namespace TavKnx
 {
@@ -84,10 +89,19 @@ MqttAddress ParseMqttUrl(const std::string& url)
 MqttSession::MqttSession(MqttOptions options) : options_(std::move(options))
 {
     InitLibrary();
+    int wake[2];
+    if (pipe2(wake, O_NONBLOCK | O_CLOEXEC) != 0)
+    {
+        throw MqttError(std::string("cannot make a pipe: ") + std::strerror(errno));
+    }
+    wakeRead_ = wake[0];
+    wakeWrite_ = wake[1];
     // Clean session off: the broker keeps the subscriptions and the QoS 1 commands for this id.
     client_ = mosquitto_new(options_.clientId.c_str(), false, this);
     if (client_ == nullptr)
     {
+        close(wakeRead_);
+        close(wakeWrite_);
         throw MqttError("cannot create an MQTT client with id '" + options_.clientId + "'");
     }
     try
@@ -117,6 +131,8 @@ MqttSession::MqttSession(MqttOptions options) : options_(std::move(options))
     catch (...)
     {
         mosquitto_destroy(client_);
+        close(wakeRead_);
+        close(wakeWrite_);
         throw;
     }
 }
@@ -129,6 +145,8 @@ MqttSession::~MqttSession()
         mosquitto_loop_stop(client_, true);
     }
     mosquitto_destroy(client_);
+    close(wakeRead_);
+    close(wakeWrite_);
 }
 
 void MqttSession::Start()
@@ -194,6 +212,11 @@ bool MqttSession::Receive(std::chrono::milliseconds wait, MqttMessage& message)
     std::unique_lock<std::mutex> lock(mutex_);
     if (!changed_.wait_for(lock, wait, [this] { return !incoming_.empty(); }))
     {
+        // Nothing left: the wake pipe is emptied, so that poll waits for the next message.
+        char bytes[64];
+        while (read(wakeRead_, bytes, sizeof bytes) > 0)
+        {
+        }
         return false;
     }
     message = std::move(incoming_.front());
@@ -275,6 +298,9 @@ void MqttSession::OnMessage(mosquitto*, void* self, const mosquitto_message* mes
         session.incoming_.push_back(std::move(copy));
     }
     session.changed_.notify_all();
+    // Full pipe: a wake-up is pending anyway.
+    const ssize_t written = write(session.wakeWrite_, "m", 1);
+    (void)written;
 }
 
 void MqttSession::OnPublish(mosquitto*, void* self, int id)

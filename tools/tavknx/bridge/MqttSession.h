@@ -68,6 +68,8 @@ public:
     bool Publish(const MqttMessage& message);
     // The next message on a subscribed topic, waiting at most `wait`.
     bool Receive(std::chrono::milliseconds wait, MqttMessage& message);
+    // Readable (poll(2)) when a message has come in since Receive last found none.
+    int WakeFd() const { return wakeRead_; }
     // Publishes `last` (the "offline" status), waits at most `wait` for the broker to take it,
     // disconnects and stops the background thread.
     void Stop(const MqttMessage& last, std::chrono::milliseconds wait);
@@ -91,5 +93,7 @@ private:
     std::deque<MqttMessage> incoming_;
     std::set<int> pending_;  // message ids Stop waits for
     std::uint64_t acknowledged_ = 0;
+    int wakeRead_ = -1;  // a pipe that OnMessage writes a byte to
+    int wakeWrite_ = -1;
 };
 } // namespace TavKnx

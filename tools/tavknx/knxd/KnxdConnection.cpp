@@ -84,6 +84,11 @@ bool KnxdConnection::Receive(std::chrono::milliseconds wait, GroupTelegram& tele
     return true;
 }
 
+int KnxdConnection::PollFd() const
+{
+    return EIB_Poll_FD(connection_);
+}
+
 void KnxdConnection::Send(std::uint16_t groupAddress, const std::vector<std::uint8_t>& apdu)
 {
     errno = 0;

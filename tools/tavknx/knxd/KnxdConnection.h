@@ -35,6 +35,8 @@ public:
     bool Receive(std::chrono::milliseconds wait, GroupTelegram& telegram);
     // Sends one APDU to a group address. Throws KnxdError.
     void Send(std::uint16_t groupAddress, const std::vector<std::uint8_t>& apdu);
+    // The socket to poll(2) for telegrams, for a caller that waits on other things too.
+    int PollFd() const;
 
 private:
     _EIBConnection* connection_;

@@ -332,6 +332,37 @@ WANT
     stop_bridge
     bash "$here/mosquitto-fixture.sh" stop "$tmp/login.state"
     ;;
+  tls)
+    # A broker of its own that speaks TLS only, with a certificate made here for 127.0.0.1.
+    make_cert() {
+      openssl req -x509 -newkey rsa:2048 -nodes -keyout "$tmp/$1.key" -out "$tmp/$1.pem" -subj /CN=localhost \
+        -days 2 -addext "subjectAltName=IP:127.0.0.1" 2>/dev/null || fail "openssl could not make a certificate"
+    }
+    make_cert broker
+    make_cert other
+    MOSQUITTO_CERT="$tmp/broker.pem" MOSQUITTO_KEY="$tmp/broker.key" \
+      bash "$here/mosquitto-fixture.sh" start "$tmp/tls.state" || exit 1
+    tls_port="$(cat "$(cat "$tmp/tls.state")/port")"
+    "${runner[@]}" "$tavknx" bridge --url "$url" --mqtt "mqtts://127.0.0.1:$tls_port" --tls "$tmp/broker.pem" \
+      --client-id test-tls --map "$tmp/map.txt" --log-level info 2>"$tmp/bridge.err" &
+    bridge_pid=$!
+    got=$(mosquitto_sub -h 127.0.0.1 -p "$tls_port" --cafile "$tmp/broker.pem" -t knx/status -C 1 -W 10)
+    [ "$got" = online ] || fail "tls: status '$got', expected online: $(cat "$tmp/bridge.err")"
+    stop_bridge
+    # A broker whose certificate the CA file does not vouch for is not trusted.
+    "${runner[@]}" "$tavknx" bridge --url "$url" --mqtt "mqtts://127.0.0.1:$tls_port" --tls "$tmp/other.pem" \
+      --client-id test-tls-other --map "$tmp/map.txt" --log-level info 2>"$tmp/bridge.err" &
+    bridge_pid=$!
+    want="WARN  MqttSession.cpp:140 Start - cannot reach the MQTT broker at 127.0.0.1:$tls_port: A TLS error occurred.; trying again, at most every 10 s"
+    for _ in $(seq 1 200); do
+      grep -qxF "$want" "$tmp/bridge.err" && break
+      sleep 0.05
+    done
+    grep -qxF "$want" "$tmp/bridge.err" || fail "tls: the wrong CA file not reported: $(cat "$tmp/bridge.err")"
+    grep -q "connected to the MQTT broker" "$tmp/bridge.err" && fail "tls: connected with the wrong CA file"
+    stop_bridge
+    bash "$here/mosquitto-fixture.sh" stop "$tmp/tls.state"
+    ;;
   load)
     rounds="${TAV_BRIDGE_LOAD_ROUNDS:-5000}"
     total=$((rounds * 2))

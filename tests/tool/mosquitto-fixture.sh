@@ -4,6 +4,7 @@
 # the directory between the start and the stop; DIR/port holds the port.
 # Usage: mosquitto-fixture.sh start|stop|stop-keep|restart STATE
 # MOSQUITTO_PASSWORD_FILE: a broker that lets in only the users of that file.
+# MOSQUITTO_CERT, MOSQUITTO_KEY: a broker that speaks TLS only, with this certificate and key.
 set -euo pipefail
 action="$1"
 state="$2"
@@ -17,6 +18,7 @@ start_broker() {
     [ -n "$port" ] || port=$((20000 + RANDOM % 40000))
     cat >"$dir/mosquitto.conf" <<CONF
 listener $port 127.0.0.1
+$(if [ -n "${MOSQUITTO_CERT:-}" ]; then printf 'certfile %s\nkeyfile %s\n' "$MOSQUITTO_CERT" "$MOSQUITTO_KEY"; fi)
 $(if [ -n "${MOSQUITTO_PASSWORD_FILE:-}" ]; then
     printf 'allow_anonymous false\npassword_file %s\n' "$MOSQUITTO_PASSWORD_FILE"
   else

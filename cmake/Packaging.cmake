@@ -57,6 +57,8 @@ set(TAV_DEB_LOG4CPLUS_PACKAGE liblog4cplus-2.0.5 CACHE STRING
   "Debian package of the log4cplus shared library (for cross-built packages)")
 set(TAV_DEB_EIBCLIENT_PACKAGE knxd-tools CACHE STRING
   "Debian package of knxd's client library (for cross-built packages)")
+set(TAV_DEB_MOSQUITTO_PACKAGE libmosquitto1 CACHE STRING
+  "Debian package of the MQTT client library libmosquitto (for cross-built packages)")
 set(TAV_DEB_LIBZIP_PACKAGE libzip4 CACHE STRING
   "Debian package of the libzip shared library (for cross-built packages)")
 set(TAV_DEB_LIBCRYPTO_PACKAGE libssl3 CACHE STRING
@@ -65,7 +67,7 @@ if(CMAKE_CROSSCOMPILING)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS OFF)
   set(_tav_base_depends "libc6, libgcc-s1, libstdc++6")
   set(_tav_runtime_depends "${_tav_base_depends}, libboost-thread${_tav_boost}.0, libboost-chrono${_tav_boost}.0, libboost-timer${_tav_boost}.0, libboost-date-time${_tav_boost}.0, libboost-filesystem${_tav_boost}.0, libboost-system${_tav_boost}.0, ${TAV_DEB_LOG4CPLUS_PACKAGE}, ${TAV_DEB_LIBZIP_PACKAGE}, ${TAV_DEB_LIBCRYPTO_PACKAGE}")
-  set(_tav_tool_depends "${_tav_base_depends}, libboost-filesystem${_tav_boost}.0, libboost-program-options${_tav_boost}.0, ${TAV_DEB_LOG4CPLUS_PACKAGE}, ${TAV_DEB_EIBCLIENT_PACKAGE}, ")
+  set(_tav_tool_depends "${_tav_base_depends}, libboost-filesystem${_tav_boost}.0, libboost-program-options${_tav_boost}.0, ${TAV_DEB_LOG4CPLUS_PACKAGE}, ${TAV_DEB_EIBCLIENT_PACKAGE}, ${TAV_DEB_MOSQUITTO_PACKAGE}, ")
 else()
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(_tav_runtime_depends "")

@@ -17,7 +17,7 @@ host_packages=(g++-arm-linux-gnueabihf qemu-user-static)
 armhf_packages=(
   libboost-thread-dev libboost-date-time-dev libboost-timer-dev libboost-filesystem-dev
   libboost-system-dev libboost-program-options-dev liblog4cplus-dev libgtest-dev libgmock-dev
-  libc6-dev libstdc++-12-dev knxd-dev libzip-dev libssl-dev
+  libc6-dev libstdc++-12-dev knxd-dev libzip-dev libssl-dev libmosquitto-dev
 )
 # Header-only, architecture-independent.
 all_packages=(librapidxml-dev libutfcpp-dev nlohmann-json3-dev)

@@ -10,6 +10,7 @@ packages=(
   knxd knxd-tools knxd-dev  # the live-bus commands of tavknx and their tests
   dpkg-dev file  # the Debian packages: their dependencies (dpkg-shlibdeps) and checks
   libzip-dev libssl-dev nlohmann-json3-dev  # the ETS project reader (tavproject)
+  libmosquitto-dev mosquitto mosquitto-clients openssl  # tavknx bridge (MQTT) and its tests
 )
 packages+=("$@")
 

@@ -2,6 +2,7 @@
 # Builds the libFuzzer harnesses with clang and runs each for a set time on its seed corpus.
 # Usage: scripts/run-fuzz.sh [seconds per harness] [harness ...]
 # Findings are written to build-fuzz/findings/<harness>/; the script fails on the first one.
+# The tool is configured too (not built): the bridge's harness links its layers.
 # TAV_WARNINGS_AS_ERRORS=ON makes warnings errors; FUZZ_CMAKE_ARGS adds configure arguments.
 set -euo pipefail
 
@@ -14,7 +15,7 @@ build="${FUZZ_BUILD_DIR:-build-fuzz}"
 bash scripts/install-deps.sh clang libclang-rt-dev
 
 cmake -S . -B "$build" -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=Release \
-  -DTAV_BUILD_FUZZ=ON -DTAV_BUILD_TESTS=OFF -DTAV_BUILD_TOOLS=OFF \
+  -DTAV_BUILD_FUZZ=ON -DTAV_BUILD_TESTS=OFF -DTAV_BUILD_TOOLS=ON \
   -DTAV_WARNINGS_AS_ERRORS="${TAV_WARNINGS_AS_ERRORS:-OFF}" ${FUZZ_CMAKE_ARGS:-} >/dev/null
 cmake --build "$build" --target fuzzers -j "${JOBS:-$(nproc)}"
 

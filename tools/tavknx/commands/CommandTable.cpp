@@ -15,6 +15,7 @@ std::vector<Command> CommandTable()
     AddMonitorCommand(commands);
     AddSendCommand(commands);
     AddDeviceStackCommands(commands);
+    AddBridgeCommand(commands);
     AddProjectCommand(commands);
     return commands;
 }

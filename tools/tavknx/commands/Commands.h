@@ -17,6 +17,8 @@ void AddMonitorCommand(std::vector<Command>& commands);
 void AddSendCommand(std::vector<Command>& commands);
 // get, set, device: the objects on the bus through the device stack on knxd.
 void AddDeviceStackCommands(std::vector<Command>& commands);
+// The bus on MQTT.
+void AddBridgeCommand(std::vector<Command>& commands);
 // The ETS project.
 void AddProjectCommand(std::vector<Command>& commands);
 } // namespace TavKnx

@@ -34,6 +34,15 @@ public:
     // The group address's name, or null when the map gives none (the text formats never do).
     const std::string* FindName(std::uint16_t groupAddress) const;
     std::size_t Size() const { return entries_.size(); }
+    // Calls `visit(groupAddress, dpt)` for every address with a DPT, in address order.
+    template <typename Visit>
+    void ForEach(Visit visit) const
+    {
+        for (const auto& entry : entries_)
+        {
+            visit(entry.first, entry.second);
+        }
+    }
 
     // For maps built from elsewhere (an ETS project): a later entry for the same address wins.
     void Set(std::uint16_t groupAddress, const KNXDPT& dpt);

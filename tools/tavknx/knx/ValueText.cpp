@@ -51,54 +51,51 @@ std::string JsonDouble(double value, bool floatType)
 }
 } // namespace
 
+std::string ValueJson(const OKAVALUE& value)
+{
+    const OKATIME& time = value.numeric.time;
+    switch (GetValueFamily(value.type))
+    {
+    case OkaValueFamily::Bool:
+        return value.numeric.boolean ? "true" : "false";
+    case OkaValueFamily::Float:
+        return JsonDouble(value.numeric.real, true);
+    case OkaValueFamily::Integer:
+        return std::to_string(static_cast<std::int64_t>(value.numeric.integer));
+    case OkaValueFamily::Byte:
+        return std::to_string(static_cast<std::uint64_t>(value.numeric.byte));
+    case OkaValueFamily::Word:
+        return std::to_string(static_cast<std::uint64_t>(value.numeric.word));
+    case OkaValueFamily::DWord:
+        return std::to_string(static_cast<std::uint64_t>(value.numeric.dword));
+    case OkaValueFamily::String:
+        return JsonString(std::string(value.text.c_str(), value.text.length()));
+    case OkaValueFamily::Time:
+        if (value.type == ivtDate)
+        {
+            return JsonString(DateText(time));
+        }
+        if (IsTimeOfDay(value.type))
+        {
+            return JsonString(ClockText(time));
+        }
+        return JsonString(DateText(time) + "T" + ClockText(time));
+    case OkaValueFamily::Empty:
+    case OkaValueFamily::Raw:
+        break;
+    }
+    return "null";
+}
+
 void AddValueFields(JsonObject& object, const OKAVALUE& value)
 {
     object.Add("ivt", static_cast<std::int64_t>(value.type));
     object.Add("type", OKAVALUE::GetNameFromValueType(value.type));
     object.Add("subType", static_cast<std::int64_t>(value.subType));
-    const OKATIME& time = value.numeric.time;
-    switch (GetValueFamily(value.type))
+    object.AddRaw("value", ValueJson(value));
+    if (IsTimeOfDay(value.type))
     {
-    case OkaValueFamily::Bool:
-        object.Add("value", value.numeric.boolean);
-        break;
-    case OkaValueFamily::Float:
-        object.AddRaw("value", JsonDouble(value.numeric.real, true));
-        break;
-    case OkaValueFamily::Integer:
-        object.Add("value", static_cast<std::int64_t>(value.numeric.integer));
-        break;
-    case OkaValueFamily::Byte:
-        object.Add("value", static_cast<std::uint64_t>(value.numeric.byte));
-        break;
-    case OkaValueFamily::Word:
-        object.Add("value", static_cast<std::uint64_t>(value.numeric.word));
-        break;
-    case OkaValueFamily::DWord:
-        object.Add("value", static_cast<std::uint64_t>(value.numeric.dword));
-        break;
-    case OkaValueFamily::String:
-        object.Add("value", std::string(value.text.c_str(), value.text.length()));
-        break;
-    case OkaValueFamily::Time:
-        if (value.type == ivtDate)
-        {
-            object.Add("value", DateText(time));
-        }
-        else if (IsTimeOfDay(value.type))
-        {
-            object.Add("value", ClockText(time));
-            object.Add("weekday", static_cast<std::uint64_t>(time.weekday));
-        }
-        else
-        {
-            object.Add("value", DateText(time) + "T" + ClockText(time));
-        }
-        break;
-    case OkaValueFamily::Empty:
-    case OkaValueFamily::Raw:
-        object.AddNull("value");
-        break;
+        object.Add("weekday", static_cast<std::uint64_t>(value.numeric.time.weekday));
     }
 }
 

@@ -14,6 +14,8 @@ namespace TavKnx
 // The value's fields as JSON ("ivt", "type", "subType", "value", and "weekday" for times)
 // added to `object`.
 void AddValueFields(JsonObject& object, const OKAVALUE& value);
+// The "value" field alone, as JSON (a number, true/false, a string, null).
+std::string ValueJson(const OKAVALUE& value);
 // "Float 21.5 [ivt 3, sub-type 0]".
 std::string DescribeValue(const OKAVALUE& value);
 // The payload alone: "21.5", "true", "\"text\"", "2024-04-30", "12:30:00 weekday 1".

@@ -193,7 +193,7 @@ case "$group" in
     start_monitor --map "$tmp/ets6-protected.knxproj" --password-file "$tmp/password" --count 1 --timeout 60 || exit 1
     knxtool_run groupswrite 1/0/0 1
     wait_monitor
-    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.1 codec: ' "$tmp/mon.out" ||
+    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.001 codec: ' "$tmp/mon.out" ||
       fail "protected project map with --password-file: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
     # send with the project as its map: the DPT comes from the group address.
     start_monitor --map "$tmp/ets5.knxproj" --count 2 --timeout 60 || exit 1
@@ -201,10 +201,10 @@ case "$group" in
     tavknx_send --map "$tmp/ets5.knxproj" 1/0/0 bool:true
     tavknx_send --map "$tmp/ets5.knxproj" 2/2/0 float:21
     wait_monitor
-    [ "$(cat "$tmp/send.out")" = "1/0/0 write 1.1: 01 (1 bits)
-2/2/0 write 9.1: 0c1a (16 bits)" ] || fail "send --map: $(cat "$tmp/send.out")"
-    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.1 codec: Bool true' "$tmp/mon.out" &&
-      grep -qF ' 2/2/0 "Living temperature" write 0c1a (16 bits) 9.1 codec: Float 21' "$tmp/mon.out" ||
+    [ "$(cat "$tmp/send.out")" = "1/0/0 write 1.001: 01 (1 bit)
+2/2/0 write 9.001: 0c1a (16 bits)" ] || fail "send --map: $(cat "$tmp/send.out")"
+    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.001 codec: Bool true' "$tmp/mon.out" &&
+      grep -qF ' 2/2/0 "Living temperature" write 0c1a (16 bits) 9.001 codec: Float 21' "$tmp/mon.out" ||
       fail "send --map, as the monitor saw it: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
     for password in "" wrong; do
       TAVKNX_PROJECT_PASSWORD="$password" "${runner[@]}" "$tavknx" monitor --url "$url" \
@@ -266,7 +266,7 @@ case "$group" in
     wait_monitor
     [ "$monitor_code" = 0 ] || fail "Ctrl-C: exit $monitor_code, expected 0"
     [ $((SECONDS - started)) -le 2 ] || fail "Ctrl-C: the monitor took $((SECONDS - started)) s to end"
-    grep -q ' 1/0/3 write 0c1a (16 bits) 9.1 codec: Float 21 \[ivt 3, sub-type 0\] | table: Float 21 \[ivt 3, sub-type 0\]$' \
+    grep -q ' 1/0/3 write 0c1a (16 bits) 9.001 codec: Float 21 \[ivt 3, sub-type 0\] | table: Float 21 \[ivt 3, sub-type 0\]$' \
       "$tmp/mon.out" || fail "Ctrl-C: the text line is not as expected: $(cat "$tmp/mon.out")"
     # A reader that goes away ends the monitor too (at the next line it cannot write).
     mkfifo "$tmp/pipe"

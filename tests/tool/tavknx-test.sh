@@ -65,7 +65,12 @@ no_crash() {
 
 case "$group" in
 decode)
-  expect 0 '9.1: Float 21 [ivt 3, sub-type 0]' decode 9.001 0c1a
+  expect 0 '9.001: Float 21 [ivt 3, sub-type 0]' decode 9.001 0c1a
+  # Every DPT form integrators paste; JSON keeps the short form scripts read.
+  for dpt in 9.001 9.1 9,001 DPST-9-1 dpst-9-1 DPT9.001 DPT-9.001; do
+    expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0}' decode "$dpt" 0c1a --json
+  done
+  expect 0 '9.000: Float 21 [ivt 3, sub-type 0]' decode DPT-9 0c1a
   expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0}' decode 9.001 0c1a --json
   expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":-0.5}' --json decode 9.1 87ce
   expect 0 '{"ok":true,"dpt":"1.1","ivt":2,"type":"Bool","subType":0,"value":true}' decode 1.001 01 --json
@@ -89,15 +94,15 @@ decode)
   if [ "$code" != 1 ] || [ -s "$tmp/err" ]; then fail decode 9.001 0c --log-level off; fi
   ;;
 check)
-  expect 0 '9.1: valid' check 9.001 0c1a
+  expect 0 '9.001: valid' check 9.001 0c1a
   expect 0 '{"ok":true,"dpt":"9.1"}' check 9.001 0c1a --json
   expect 1 '{"ok":false}' check 10.001 391e00 --json
-  expect 1 '9.1: refused (the log lines on stderr say why)' check 9.001 0c
+  expect 1 '9.001: refused (the log lines on stderr say why)' check 9.001 0c
   # --bits: a 1-byte DPT 5 value declared as 16 bits is refused by the bit size check.
   expect_err 1 'unexpected bit size: 16, expected: 8' check 5.001 80 --bits 16
   ;;
 encode)
-  expect 0 '9.1: 0c33 (16 bits)' encode 9.001 float:21.5
+  expect 0 '9.001: 0c33 (16 bits)' encode 9.001 float:21.5
   expect 0 '{"ok":true,"dpt":"9.1","hex":"0c33","bits":16}' encode 9.001 float:21.5 --json
   expect 0 '{"ok":true,"dpt":"1.1","hex":"01","bits":1}' encode 1.001 BOOL:true --json
   expect 0 '{"ok":true,"dpt":"7.1","hex":"1234","bits":16}' encode 7.001 word:4660 --json
@@ -111,7 +116,7 @@ from-knx)
   expect 0 '{"ok":true,"dpt":"9.0","ivt":3,"type":"Float","subType":0,"value":21.0}' from-knx 0.0 0c1a --json
   expect 0 '{"ok":true,"dpt":"9.1","ivt":0,"type":"Invalid","subType":0,"value":null}' from-knx 9.001 7fff --json
   expect 0 '{"ok":true,"dpt":"1.1","ivt":2,"type":"Bool","subType":0,"value":false}' from-knx 1.001 00 --json
-  expect 0 '9.1: Float 21 [ivt 3, sub-type 0]' from-knx 9.1 0c1a
+  expect 0 '9.001: Float 21 [ivt 3, sub-type 0]' from-knx 9.1 0c1a
   # A DPT without map entry is accepted with an empty value.
   expect 0 '{"ok":true,"dpt":"99.1","ivt":1,"type":"Empty","subType":0,"value":null}' from-knx 99.1 1234 --json
   expect_err 1 'unexpected bit size: 8, expected: 16' from-knx 9.001 0c
@@ -119,7 +124,7 @@ from-knx)
   ;;
 to-knx)
   expect 0 '{"ok":true,"dpt":"9.1","hex":"0c33","bits":16}' to-knx 9.001 float:21.5 --json
-  expect 0 '9.1: 0c33 (16 bits)' to-knx 9.1 float:21.5
+  expect 0 '9.001: 0c33 (16 bits)' to-knx DPST-9-1 float:21.5
   expect 0 '{"ok":true,"dpt":"1.1","hex":"01","bits":1}' to-knx 0.0 bool:true --json
   # A DPT without entry leaves the group value untouched.
   expect 0 '{"ok":true,"dpt":"99.1","hex":"","bits":0}' to-knx 99.1 float:1 --json

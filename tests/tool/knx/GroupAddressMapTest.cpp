@@ -121,10 +121,9 @@ TEST(GroupAddressMapSimpleTest, ReadsTwoLevelAddresses)
 
 TEST(GroupAddressMapSimpleTest, ReportsBadDpts)
 {
-    const std::vector<std::string> bad = {"DPST-9",   "DPST-9-1-2", "DPT-9-1", "DPST-9.1-1", "dpst-9-1", "9.",
-                                          ".1",       "x",          "65536",   "9.65536",    "DPT-",     "DPST--1",
-                                          "9.1.1",    "-9",         "+9",      "9 .1",       "DPST-x-1", "DPT-9.1",
-                                          "9,1"};
+    const std::vector<std::string> bad = {"DPST-9", "DPST-9-1-2", "DPT-9-1", "DPST-9.1-1", "9.",      ".1",
+                                          "x",      "65536",      "9.65536", "DPT-",       "DPST--1", "9.1.1",
+                                          "-9",     "+9",         "9 .1",    "DPST-x-1",   "9,1,1",   "DPT9-1"};
     std::string content;
     std::vector<std::string> expected;
     for (std::size_t i = 0; i < bad.size(); ++i)
@@ -135,6 +134,17 @@ TEST(GroupAddressMapSimpleTest, ReportsBadDpts)
     const Parsed parsed = ParseText(content);
     EXPECT_EQ(parsed.problems, expected);
     EXPECT_EQ(parsed.map.Size(), 0u);
+}
+
+TEST(GroupAddressMapSimpleTest, ReadsTheDptFormsOfTheCommandLine)
+{
+    const Parsed parsed = ParseText("1/1/1;dpst-9-1\n1/1/2;DPT-9.001\n1/1/3;9,001\n1/1/4;DPT9.001\n1/1/5;dpt-5\n");
+    EXPECT_THAT(parsed.problems, ElementsAre());
+    EXPECT_EQ(DptOf(parsed.map, "1/1/1"), "9.1");
+    EXPECT_EQ(DptOf(parsed.map, "1/1/2"), "9.1");
+    EXPECT_EQ(DptOf(parsed.map, "1/1/3"), "9.1");
+    EXPECT_EQ(DptOf(parsed.map, "1/1/4"), "9.1");
+    EXPECT_EQ(DptOf(parsed.map, "1/1/5"), "5.0");
 }
 
 TEST(GroupAddressMapSimpleTest, RefusesMainNumberZero)

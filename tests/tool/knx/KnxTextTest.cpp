@@ -65,10 +65,36 @@ TEST(ParseDptTest, ReadsMainAndSubInDecimal)
     EXPECT_EQ(TavKnx::PackDpt(TavKnx::ParseDpt("232.600")), (232u << 16) | 600u);
 }
 
+TEST(ParseDptTest, ReadsTheFormsIntegratorsPaste)
+{
+    for (const char* text : {"9.001", "9.1", "9,001", "DPST-9-1", "dpst-9-1", "DPT9.001", "DPT-9.001", "dpt 9.1", "DPT_9.001"})
+    {
+        EXPECT_EQ(TavKnx::FormatDpt(TavKnx::ParseDpt(text)), "9.1") << text;
+        EXPECT_EQ(TavKnx::FormatDpt(*TavKnx::TryParseDpt(text)), "9.1") << text;
+    }
+    for (const char* text : {"9", "DPT-9", "DPT9", "dpt-9"})
+    {
+        EXPECT_EQ(TavKnx::FormatDpt(TavKnx::ParseDpt(text)), "9.0") << text;
+    }
+    for (const char* text : {"", "DPT", "DPST-9", "DPST-9.1", "DPT-9-1", "9.1.1", "9,1,1", "9 .1", "65536", "9.000065536"})
+    {
+        EXPECT_FALSE(TavKnx::TryParseDpt(text)) << text;
+    }
+    EXPECT_EQ(TavKnx::FormatDpt(*TavKnx::TryParseDpt("0009.000001")), "9.1");
+}
+
+TEST(FormatKnxDptTest, WritesTheSubNumberInThreeDigits)
+{
+    EXPECT_EQ(TavKnx::FormatKnxDpt(TavKnx::ParseDpt("9.1")), "9.001");
+    EXPECT_EQ(TavKnx::FormatKnxDpt(TavKnx::ParseDpt("232.600")), "232.600");
+    EXPECT_EQ(TavKnx::FormatKnxDpt(TavKnx::ParseDpt("1")), "1.000");
+    EXPECT_EQ(TavKnx::FormatKnxDpt(TavKnx::ParseDpt("1.65535")), "1.65535");
+}
+
 TEST(ParseDptTest, RefusesOtherSpellingsAndNamesTheNumberOutOfRange)
 {
     EXPECT_EQ(ErrorOf([] { TavKnx::ParseDpt("x.1"); }),
-              "DPT: expected MAIN.SUB in decimal (for example 9.001), got 'x.1'");
+              "DPT: expected MAIN.SUB in decimal (9.001, 9.1, 9, 9,001, DPST-9-1, DPT-9 or DPT9.001), got 'x.1'");
     EXPECT_EQ(ErrorOf([] { TavKnx::ParseDpt("65536.1"); }),
               "DPT main number: expected a whole number from 0 to 65535, got '65536'");
     EXPECT_EQ(ErrorOf([] { TavKnx::ParseDpt("9.65536", "--dpt"); }),

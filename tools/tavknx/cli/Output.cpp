@@ -1,5 +1,6 @@
 #include "cli/Output.h"
 
+#include "knx/DptText.h"
 #include "knx/HexText.h"
 #include "knx/ValueText.h"
 
@@ -35,7 +36,7 @@ JsonObject GroupValueResultJson(const std::string& dpt, const KnxStack::GroupVal
 std::string GroupValueResultText(const std::string& dpt, const KnxStack::GroupValue& value)
 {
     const std::string hex = FormatHex(BytesOf(value));
-    return dpt + ": " + (hex.empty() ? "(no bytes)" : hex) + " (" + std::to_string(value.GetDefinedSize()) + " bits)";
+    return dpt + ": " + (hex.empty() ? "(no bytes)" : hex) + " (" + BitsText(value.GetDefinedSize()) + ")";
 }
 
 void PrintGroupValueResult(const std::string& dpt, const KnxStack::GroupValue& value, bool json, std::ostream& out)
@@ -53,5 +54,30 @@ void PrintRefusal(const std::string& dpt, bool json, std::ostream& out)
     {
         out << dpt << ": refused (the log lines on stderr say why)\n";
     }
+}
+
+JsonObject GroupValueResultJson(const KNXDPT& dpt, const KnxStack::GroupValue& value)
+{
+    return GroupValueResultJson(FormatDpt(dpt), value);
+}
+
+std::string GroupValueResultText(const KNXDPT& dpt, const KnxStack::GroupValue& value)
+{
+    return GroupValueResultText(FormatKnxDpt(dpt), value);
+}
+
+void PrintValueResult(const KNXDPT& dpt, const OKAVALUE& value, bool json, std::ostream& out)
+{
+    PrintValueResult(json ? FormatDpt(dpt) : FormatKnxDpt(dpt), value, json, out);
+}
+
+void PrintGroupValueResult(const KNXDPT& dpt, const KnxStack::GroupValue& value, bool json, std::ostream& out)
+{
+    out << (json ? GroupValueResultJson(dpt, value).Str() : GroupValueResultText(dpt, value)) << "\n";
+}
+
+void PrintRefusal(const KNXDPT& dpt, bool json, std::ostream& out)
+{
+    PrintRefusal(FormatKnxDpt(dpt), json, out);
 }
 } // namespace TavKnx

@@ -3,6 +3,7 @@
 #include "knx/Json.h"
 
 #include <platform/GroupValue.h>
+#include <platform/KnxDpt.h>
 #include <platform/OkaValue.h>
 
 #include <iosfwd>
@@ -19,4 +20,11 @@ std::string GroupValueResultText(const std::string& dpt, const KnxStack::GroupVa
 void PrintValueResult(const std::string& dpt, const OKAVALUE& value, bool json, std::ostream& out);
 void PrintGroupValueResult(const std::string& dpt, const KnxStack::GroupValue& value, bool json, std::ostream& out);
 void PrintRefusal(const std::string& dpt, bool json, std::ostream& out);
+
+// The same for a DPT: text names it as KNX does ("9.001"), JSON as before ("dpt":"9.1").
+JsonObject GroupValueResultJson(const KNXDPT& dpt, const KnxStack::GroupValue& value);
+std::string GroupValueResultText(const KNXDPT& dpt, const KnxStack::GroupValue& value);
+void PrintValueResult(const KNXDPT& dpt, const OKAVALUE& value, bool json, std::ostream& out);
+void PrintGroupValueResult(const KNXDPT& dpt, const KnxStack::GroupValue& value, bool json, std::ostream& out);
+void PrintRefusal(const KNXDPT& dpt, bool json, std::ostream& out);
 } // namespace TavKnx

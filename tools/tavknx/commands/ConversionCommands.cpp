@@ -53,29 +53,28 @@ int RunDecode(const Invocation& invocation)
     const boost::optional<OKAVALUE> value = Okaro::GroupValueToOkaValue(MakeGroupValue(telegram), PackDpt(telegram.dpt));
     if (!value)
     {
-        PrintRefusal(FormatDpt(telegram.dpt), invocation.json, invocation.Out());
+        PrintRefusal(telegram.dpt, invocation.json, invocation.Out());
         return kExitRefused;
     }
-    PrintValueResult(FormatDpt(telegram.dpt), *value, invocation.json, invocation.Out());
+    PrintValueResult(telegram.dpt, *value, invocation.json, invocation.Out());
     return kExitDone;
 }
 
 int RunCheck(const Invocation& invocation)
 {
     const Telegram telegram = ReadTelegram(invocation);
-    const std::string dpt = FormatDpt(telegram.dpt);
     if (!Okaro::CheckGroupValue(MakeGroupValue(telegram), PackDpt(telegram.dpt)))
     {
-        PrintRefusal(dpt, invocation.json, invocation.Out());
+        PrintRefusal(telegram.dpt, invocation.json, invocation.Out());
         return kExitRefused;
     }
     if (invocation.json)
     {
-        invocation.Out() << JsonObject().Add("ok", true).Add("dpt", dpt).Str() << "\n";
+        invocation.Out() << JsonObject().Add("ok", true).Add("dpt", FormatDpt(telegram.dpt)).Str() << "\n";
     }
     else
     {
-        invocation.Out() << dpt << ": valid\n";
+        invocation.Out() << FormatKnxDpt(telegram.dpt) << ": valid\n";
     }
     return kExitDone;
 }
@@ -88,10 +87,10 @@ int RunEncode(const Invocation& invocation)
     const boost::optional<KnxStack::GroupValue> groupValue = Okaro::OkaValueToGroupValue(value, PackDpt(dpt));
     if (!groupValue)
     {
-        PrintRefusal(FormatDpt(dpt), invocation.json, invocation.Out());
+        PrintRefusal(dpt, invocation.json, invocation.Out());
         return kExitRefused;
     }
-    PrintGroupValueResult(FormatDpt(dpt), *groupValue, invocation.json, invocation.Out());
+    PrintGroupValueResult(dpt, *groupValue, invocation.json, invocation.Out());
     return kExitDone;
 }
 
@@ -110,10 +109,10 @@ int RunFromKnx(const Invocation& invocation)
     // The converter writes the default DPT it picks for main number 0 into `dpt`.
     if (!converter.FromKnxValue(dpt, MakeGroupValue(telegram), value))
     {
-        PrintRefusal(FormatDpt(dpt), invocation.json, invocation.Out());
+        PrintRefusal(dpt, invocation.json, invocation.Out());
         return kExitRefused;
     }
-    PrintValueResult(FormatDpt(dpt), value, invocation.json, invocation.Out());
+    PrintValueResult(dpt, value, invocation.json, invocation.Out());
     return kExitDone;
 }
 
@@ -135,10 +134,10 @@ int RunToKnx(const Invocation& invocation)
     KnxStack::GroupValue groupValue;
     if (!converter.ToKnxValue(dpt, value, groupValue))
     {
-        PrintRefusal(FormatDpt(dpt), invocation.json, invocation.Out());
+        PrintRefusal(dpt, invocation.json, invocation.Out());
         return kExitRefused;
     }
-    PrintGroupValueResult(FormatDpt(dpt), groupValue, invocation.json, invocation.Out());
+    PrintGroupValueResult(dpt, groupValue, invocation.json, invocation.Out());
     return kExitDone;
 }
 
@@ -158,7 +157,7 @@ void AddConversionCommands(std::vector<Command>& commands)
                     "The value's type must be exactly the DPT main type's value type.\n\n") +
         kValueHelp +
         "\nExamples:\n"
-        "  tavknx encode 9.001 float:21.5           9.1: 0c33 (16 bits)\n"
+        "  tavknx encode 9.001 float:21.5           9.001: 0c33 (16 bits)\n"
         "  tavknx encode 1.001 bool:true --json\n"
         "  tavknx encode 11.001 date:2024-04-30\n";
     static const std::string toKnxHelp =
@@ -175,7 +174,7 @@ void AddConversionCommands(std::vector<Command>& commands)
                         "Decodes the group value HEX for DPT with the switch-driven codec (GroupValueToOkaValue).\n"
                         "The bytes are checked with the table-driven front first.\n\n"
                         "Examples:\n"
-                        "  tavknx decode 9.001 0c1a              9.1: Float 21 [ivt 3, sub-type 0]\n"
+                        "  tavknx decode 9.001 0c1a              9.001: Float 21 [ivt 3, sub-type 0]\n"
                         "  tavknx decode 1.001 01 --json\n"
                         "  tavknx decode 10.001 2c1e00           a time of day (Monday 12:30:00)\n"
                         "  tavknx decode 5.001 80 --bits 8\n",

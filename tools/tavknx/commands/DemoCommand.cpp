@@ -211,7 +211,7 @@ std::vector<ValueToWrite> DecodeAll(const std::vector<SampleTelegram>& telegrams
         else
         {
             out << std::setw(4) << std::right << i + 1 << std::left << "  " << telegram.comment << "\n"
-                << "    " << std::setw(8) << FormatDpt(telegram.dpt) << std::setw(30) << (hex.empty() ? "-" : hex)
+                << "    " << std::setw(8) << FormatKnxDpt(telegram.dpt) << std::setw(30) << (hex.empty() ? "-" : hex)
                 << std::setw(6) << telegram.bits << std::setw(42) << switchResult.Text() << tableResult.Text() << "\n";
         }
         if (switchResult.value)

@@ -241,7 +241,7 @@ int RunDpt(const Invocation& invocation)
     }
     else
     {
-        invocation.Out() << FormatDpt(dpt) << ": value type " << KnxLdsMapping::GetIvtFromMainType(dpt.main) << " ("
+        invocation.Out() << FormatKnxDpt(dpt) << ": value type " << KnxLdsMapping::GetIvtFromMainType(dpt.main) << " ("
                          << static_cast<int>(type) << "), sub-type " << KnxLdsMapping::GetIstFromMainType(dpt.main)
                          << ", default " << (defaultValue ? "'" + *defaultValue + "'" : std::string("(none)"))
                          << ", internal form " << (defaultInternal ? "'" + *defaultInternal + "'" : std::string("(none)"))

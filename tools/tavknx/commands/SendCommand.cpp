@@ -110,7 +110,7 @@ int RunSend(const Invocation& invocation)
     const boost::optional<KnxStack::GroupValue> groupValue = Okaro::OkaValueToGroupValue(value, PackDpt(dpt));
     if (!groupValue)
     {
-        PrintRefusal(FormatDpt(dpt), invocation.json, invocation.Out());
+        PrintRefusal(dpt, invocation.json, invocation.Out());
         return kExitRefused;
     }
     const int code = Send(url, groupAddress, MakeWriteApdu(*groupValue));
@@ -118,8 +118,8 @@ int RunSend(const Invocation& invocation)
     {
         const std::string ga = FormatGroupAddress(groupAddress);
         invocation.Out() << (invocation.json
-                                 ? GroupValueResultJson(FormatDpt(dpt), *groupValue).Add("ga", ga).Add("kind", "write").Str()
-                                 : ga + " write " + GroupValueResultText(FormatDpt(dpt), *groupValue))
+                                 ? GroupValueResultJson(dpt, *groupValue).Add("ga", ga).Add("kind", "write").Str()
+                                 : ga + " write " + GroupValueResultText(dpt, *groupValue))
                          << "\n";
     }
     return code;

@@ -152,54 +152,6 @@ bool ReadCsvHeader(const std::string& line, CsvLayout& layout)
     return false;
 }
 
-// Digits, or digits '.' digits: anything else is refused before ParseDpt, whose exceptions
-// would make a file full of garbage slow to read.
-bool IsDottedNumber(const std::string& text)
-{
-    const std::string::size_type dot = text.find('.');
-    const auto digits = [&text](std::string::size_type from, std::string::size_type to) {
-        return from < to && text.find_first_not_of("0123456789", from) >= to;
-    };
-    return dot == std::string::npos ? digits(0, text.size()) : digits(0, dot) && digits(dot + 1, text.size());
-}
-
-// "9.001", "9.1", "9" (the tool's DPT argument) and the export's "DPST-9-1" and "DPT-9".
-boost::optional<KNXDPT> ParseMapDpt(const std::string& text)
-{
-    std::string dotted = text;
-    if (boost::starts_with(text, "DPST-"))
-    {
-        // "DPST-9-1" is "9.1"; a dot or another dash then fails the number check.
-        dotted = text.substr(5);
-        const std::string::size_type dash = dotted.find('-');
-        if (dash == std::string::npos || dotted.find('.') != std::string::npos)
-        {
-            return boost::none;
-        }
-        dotted[dash] = '.';
-    }
-    else if (boost::starts_with(text, "DPT-"))
-    {
-        dotted = text.substr(4);
-        if (dotted.find('.') != std::string::npos)
-        {
-            return boost::none;
-        }
-    }
-    if (!IsDottedNumber(dotted))
-    {
-        return boost::none;
-    }
-    try
-    {
-        return ParseDpt(dotted);
-    }
-    catch (const TextError&)
-    {
-        return boost::none;
-    }
-}
-
 // "1/-/-", "1/2/-", "1/-": a main or middle group as the export lists it, not an address.
 bool IsGroupRange(const std::string& text)
 {
@@ -241,7 +193,7 @@ public:
             Problem(line, "bad group address " + Quote(addressText));
             return;
         }
-        const auto dpt = ParseMapDpt(dptText);
+        const auto dpt = TryParseDpt(dptText);
         if (!dpt)
         {
             Problem(line, "bad DPT " + Quote(dptText));

@@ -164,12 +164,12 @@ std::string TelegramReporter::Report(const GroupTelegram& telegram, std::chrono:
         line += " " + (hex.empty() ? std::string("-") : hex);
         if (telegram.HasValue())
         {
-            line += " (" + std::to_string(ValueBits(telegram)) + " bits)";
+            line += " (" + BitsText(ValueBits(telegram)) + ")";
         }
     }
     if (mapped != nullptr)
     {
-        line += " " + FormatDpt(*mapped);
+        line += " " + FormatKnxDpt(*mapped);
     }
     if (decoded)
     {

@@ -71,6 +71,10 @@ decode)
     expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0}' decode "$dpt" 0c1a --json
   done
   expect 0 '9.000: Float 21 [ivt 3, sub-type 0]' decode DPT-9 0c1a
+  # Bytes as bus monitors and log lines print them.
+  for hex in 0c1a '0C 1A' 0c:1a 0x0c1a; do
+    expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0}' decode 9.001 "$hex" --json
+  done
   expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0}' decode 9.001 0c1a --json
   expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":-0.5}' --json decode 9.1 87ce
   expect 0 '{"ok":true,"dpt":"1.1","ivt":2,"type":"Bool","subType":0,"value":true}' decode 1.001 01 --json
@@ -193,6 +197,10 @@ usage)
   expect_usage 'expected DPT HEX, got 1 argument' decode 9.1
   expect_usage 'HEX: expected an even number of hex digits' decode 9.1 0c1
   expect_usage 'HEX: expected hex digits' decode 9.1 0g
+  expect_usage "HEX: expected an even number of hex digits (two per byte, for example 0c1a), got 3 digits '0C 1'" \
+    decode 9.1 '0C 1'
+  expect_usage "HEX: expected two hex digits per byte between separators (for example 0c 1a), got '0 c1a'" \
+    decode 9.1 '0 c1a' 
   expect_usage 'DPT: expected MAIN.SUB' decode x.1 00
   expect_usage 'DPT main number: expected a whole number from 0 to 65535' decode 65536.1 00
   expect_usage 'DPT sub number: expected a whole number from 0 to 65535' check 9.99999999999999999999 00

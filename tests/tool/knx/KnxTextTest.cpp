@@ -37,16 +37,36 @@ TEST(ParseHexTest, ReadsTwoDigitsPerByteInEitherCase)
     EXPECT_THAT(TavKnx::ParseHex(""), IsEmpty());
 }
 
-TEST(ParseHexTest, RefusesAnOddNumberOfDigits)
+TEST(ParseHexTest, ReadsTheFormsMonitorsAndLogLinesPrint)
+{
+    for (const char* text : {"0c1a", "0C 1A", "0c:1a", "0x0c1a", "0X0C1A", " 0c1a ", "0c  1a", "0x0c 1a", "0c1a\t"})
+    {
+        EXPECT_THAT(TavKnx::ParseHex(text), ElementsAre(0x0C, 0x1A)) << text;
+    }
+    EXPECT_THAT(TavKnx::ParseHex("0x"), IsEmpty());
+    EXPECT_THAT(TavKnx::ParseHex("  "), IsEmpty());
+}
+
+TEST(ParseHexTest, RefusesAnOddNumberOfDigitsCountingDigitsOnly)
 {
     EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex("0c1"); }),
               "HEX: expected an even number of hex digits (two per byte, for example 0c1a), got 3 digits '0c1'");
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex("0C 1A 0"); }),
+              "HEX: expected an even number of hex digits (two per byte, for example 0c1a), got 5 digits '0C 1A 0'");
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex(" 1"); }),
+              "HEX: expected an even number of hex digits (two per byte, for example 0c1a), got 1 digit ' 1'");
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex("0 c1a"); }),
+              "HEX: expected two hex digits per byte between separators (for example 0c 1a), got '0 c1a'");
 }
 
 TEST(ParseHexTest, RefusesCharactersThatAreNoHexDigits)
 {
-    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex("0g", "BYTES"); }), "BYTES: expected hex digits 0-9 a-f, got '0g'");
-    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex(" 1"); }), "HEX: expected hex digits 0-9 a-f, got ' 1'");
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex("0g", "BYTES"); }),
+              "BYTES: expected hex digits 0-9 a-f (bytes may be separated by blanks or ':', 0x in front), got '0g'");
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex("0c-1a"); }),
+              "HEX: expected hex digits 0-9 a-f (bytes may be separated by blanks or ':', 0x in front), got '0c-1a'");
+    EXPECT_EQ(ErrorOf([] { TavKnx::ParseHex("0x0x0c"); }),
+              "HEX: expected hex digits 0-9 a-f (bytes may be separated by blanks or ':', 0x in front), got '0x0x0c'");
 }
 
 TEST(FormatHexTest, WritesLowerCase)

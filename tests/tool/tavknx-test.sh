@@ -111,6 +111,19 @@ encode)
   expect 0 '{"ok":true,"dpt":"1.1","hex":"01","bits":1}' encode 1.001 BOOL:true --json
   expect 0 '{"ok":true,"dpt":"7.1","hex":"1234","bits":16}' encode 7.001 word:4660 --json
   expect 0 '{"ok":true,"dpt":"11.1","hex":"1e0418","bits":24}' encode 11.001 date:2024-04-30 --json
+  # A bare value is read as the DPT's value type; TYPE:TEXT stays.
+  expect 0 '9.001: 0c33 (16 bits)' encode 9.001 21.5
+  expect 0 '1.001: 01 (1 bit)' encode 1.001 on
+  expect 0 '1.001: 00 (1 bit)' encode 1.001 OFF
+  expect 0 '7.001: 1234 (16 bits)' encode 7.001 4660
+  expect 0 '11.001: 1e0418 (24 bits)' encode 11.001 2024-04-30
+  expect 0 '16.001: 48656c6c6f000000000000000000 (112 bits)' encode 16.001 Hello
+  # Times: the weekday by name or the value model's number (1 = Monday), none = no day (0 on the bus).
+  expect 0 '10.001: 2c1e00 (24 bits)' encode 10.001 12:30:00/Mon
+  expect 0 '10.001: 2c1e00 (24 bits)' encode 10.001 daytime:12:30:00/1
+  expect 0 '10.001: ec1e00 (24 bits)' encode 10.001 12:30:00/sun
+  expect 0 '10.001: 080f1e (24 bits)' encode 10.001 daytime:08:15:30
+  expect 0 '10.001: 080f1e (24 bits)' encode 10.001 08:15:30
   # The value type must be exactly the DPT's: a float on DPT 1 is refused.
   expect 1 '{"ok":false}' encode 1.001 float:1 --json
   ;;
@@ -207,14 +220,21 @@ usage)
   expect_usage '--bits: expected a whole number from 0 to 255' from-knx 9.1 0c1a --bits 256
   expect_usage '--bits: expected a whole number from 0 to 255' decode 9.1 0c1a --bits -1
   expect_usage 'expected DPT VALUE' encode 9.1
-  expect_usage 'VALUE: expected TYPE:TEXT' encode 9.1 21.5
+  expect_usage "VALUE: DPT 99.001 has no value type to read '21.5' as; give TYPE:TEXT (for example float:21.5)" \
+    encode 99.1 21.5
+  expect_usage "VALUE: DPT 0.000 has no value type to read 'true' as" to-knx 0.0 true
+  expect_usage "VALUE float: expected a decimal number, nan, inf or -inf, got 'warm'" encode 9.001 warm
+  expect_usage "VALUE daytime: the weekday after '/' must be Mon, Tue, Wed, Thu, Fri, Sat, Sun or the value model's number 0-6 (0 = Sunday, 1 = Monday), got '12:00:00/Xyz'" \
+    encode 10.001 12:00:00/Xyz
   expect_usage 'VALUE: unknown type' to-knx 9.1 real:1
   expect_usage 'VALUE float: expected a decimal number' encode 9.1 float:abc
   expect_usage 'VALUE byte: expected a whole number from 0 to 255' encode 5.1 byte:256
   expect_usage 'VALUE integer: expected a whole number from -2147483648 to 2147483647' encode 6.1 integer:2147483648
   expect_usage 'VALUE date: expected YYYY-MM-DD' encode 11.1 date:2024-4-30
   expect_usage 'VALUE time: the weekday after' encode 10.1 time:12:00:00/7
-  expect_usage 'VALUE bool: expected true, false, 1 or 0' encode 1.1 bool:yes
+  expect_usage "VALUE bool: expected true, false, on, off, 1 or 0, got 'yes'" encode 1.1 bool:yes
+  expect_usage "VALUE bool: expected true, false, on, off, 1 or 0, got 'yes'" encode 1.1 yes
+  expect_usage "VALUE: unknown type 'Celsius'" encode 9.001 Celsius:21
   expect_usage '--log-level: expected trace, debug, info, warn, error or off' decode 9.1 0c1a --log-level loud
   expect_usage 'unrecognised option' decode 9.1 0c1a --frobnicate
   expect_usage 'GA: expected a group address MAIN/MIDDLE/SUB' send 1/2/3/4 9.1 float:1

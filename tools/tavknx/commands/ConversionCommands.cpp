@@ -83,7 +83,7 @@ int RunEncode(const Invocation& invocation)
 {
     invocation.RequireArgs(2, 2, "DPT VALUE");
     const KNXDPT dpt = ParseDpt(invocation.args[0]);
-    const OKAVALUE value = ParseValue(invocation.args[1]);
+    const OKAVALUE value = ParseValue(invocation.args[1], dpt);
     const boost::optional<KnxStack::GroupValue> groupValue = Okaro::OkaValueToGroupValue(value, PackDpt(dpt));
     if (!groupValue)
     {
@@ -120,7 +120,7 @@ int RunToKnx(const Invocation& invocation)
 {
     invocation.RequireArgs(2, 2, "DPT VALUE");
     KNXDPT dpt = ParseDpt(invocation.args[0]);
-    const OKAVALUE value = ParseValue(invocation.args[1]);
+    const OKAVALUE value = ParseValue(invocation.args[1], dpt);
     if (invocation.HasBits())
     {
         dpt.size = static_cast<std::uint8_t>(invocation.Bits());
@@ -142,11 +142,13 @@ int RunToKnx(const Invocation& invocation)
 }
 
 const char* const kValueHelp =
-    "VALUE is TYPE:TEXT, TYPE case-insensitive:\n"
-    "  bool:true|false|1|0   byte:0-255   word:0-65535   dword:0-4294967295\n"
+    "VALUE is TYPE:TEXT, TYPE case-insensitive, or TEXT alone, read as the DPT's value type\n"
+    "(9.001 21.5 is float:21.5, 1.001 on is bool:on):\n"
+    "  bool:true|false|on|off|1|0   byte:0-255   word:0-65535   dword:0-4294967295\n"
     "  integer:-2147483648..2147483647   float:DECIMAL|nan|inf|-inf\n"
     "  string:TEXT (the rest of the argument, UTF-8)   date:YYYY-MM-DD\n"
-    "  time:HH:MM:SS[/W]   daytime:HH:MM:SS[/W]   (W weekday 0-6, 0 = Sunday; none = no day)\n"
+    "  time:HH:MM:SS[/DAY]   daytime:HH:MM:SS[/DAY]   (DAY Mon ... Sun, or the value model's 0-6,\n"
+    "  0 = Sunday; none = no day)\n"
     "  datetime:YYYY-MM-DDTHH:MM:SS   empty   invalid   CODE:DECIMAL (a type code, e.g. 1039:21.5)\n";
 } // namespace
 
@@ -157,7 +159,9 @@ void AddConversionCommands(std::vector<Command>& commands)
                     "The value's type must be exactly the DPT main type's value type.\n\n") +
         kValueHelp +
         "\nExamples:\n"
-        "  tavknx encode 9.001 float:21.5           9.001: 0c33 (16 bits)\n"
+        "  tavknx encode 9.001 21.5                 9.001: 0c33 (16 bits)\n"
+        "  tavknx encode DPST-9-1 float:21.5\n"
+        "  tavknx encode 10.001 daytime:08:15:30   a time of day without weekday\n"
         "  tavknx encode 1.001 bool:true --json\n"
         "  tavknx encode 11.001 date:2024-04-30\n";
     static const std::string toKnxHelp =

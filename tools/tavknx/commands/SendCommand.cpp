@@ -106,7 +106,7 @@ int RunSend(const Invocation& invocation)
     invocation.RequireArgs(mapped ? 2 : 3, 3, mapped ? "GA [DPT] VALUE" : "GA DPT VALUE");
     const std::uint16_t groupAddress = GroupAddressArgument(invocation.args[0]);
     const KNXDPT dpt = DptArgument(invocation, groupAddress);
-    const OKAVALUE value = ParseValue(invocation.args.back());
+    const OKAVALUE value = ParseValue(invocation.args.back(), dpt);
     const boost::optional<KnxStack::GroupValue> groupValue = Okaro::OkaValueToGroupValue(value, PackDpt(dpt));
     if (!groupValue)
     {
@@ -136,7 +136,8 @@ void AddSendCommand(std::vector<Command>& commands)
                         "DPT in the map is taken. --read sends a read request instead. Exit 1 when the codec\n"
                         "refuses the value or knxd cannot be reached (stderr says which).\n\n"
                         "Examples:\n"
-                        "  tavknx send 1/2/3 9.001 float:21.5\n"
+                        "  tavknx send 1/2/3 9.001 21.5\n"
+                        "  tavknx send 1/2/3 1.001 on\n"
                         "  tavknx send --url local:/tmp/knx 1/1/1 1.001 bool:true --json\n"
                         "  tavknx send --map installation.knxproj 1/0/0 bool:true\n"
                         "  tavknx send --read 1/2/3\n",

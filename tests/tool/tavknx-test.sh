@@ -358,6 +358,36 @@ help)
     fi
   done
   ;;
+examples)
+  # Every example of the --help pages runs: exit 0, or 1 where its comment says "refused".
+  # Live-bus and project examples need knxd or a project file: knxd-test.sh runs those.
+  cp ../../examples/telegrams.txt "$tmp/my-telegrams.txt"
+  printf '<?xml version="1.0"?>\n<tavapphostconfig><AppDebugMode>true</AppDebugMode></tavapphostconfig>\n' \
+    >"$tmp/tavapphostconfig.xml"
+  tavknx_dir="$(cd "$(dirname "$tavknx")" && pwd)/$(basename "$tavknx")"
+  tavknx="$tavknx_dir"
+  examples=0
+  for command in "" decode check encode from-knx to-knx dpts ids config demo; do
+    run $command --help
+    sed -n '/^Examples/,$p' "$tmp/out" | grep '^  tavknx ' >"$tmp/examples"
+    while IFS= read -r line; do
+      # "  tavknx ARGS   comment": the comment starts after two blanks or more.
+      args="$(sed -E 's/^  tavknx //; s/ {2,}.*$//' <<<"$line")"
+      case "$args" in monitor* | send* | project*) continue ;; esac
+      want=0
+      grep -q 'refused' <<<"$line" && want=1
+      (cd "$tmp" && eval "\"\${runner[@]}\" \"\$tavknx\" $args" >"$tmp/out" 2>"$tmp/err")
+      code=$?
+      examples=$((examples + 1))
+      if [ "$code" != "$want" ] || [ ! -s "$tmp/out" ]; then
+        echo "  help example of '${command:-tavknx}': expected exit $want and a result" >&2
+        fail $args
+      fi
+    done <"$tmp/examples"
+  done
+  echo "$examples help examples run"
+  [ "$examples" -ge 30 ] || { echo "only $examples help examples found" >&2; failures=$((failures + 1)); }
+  ;;
 *)
   echo "unknown group $group" >&2
   exit 2

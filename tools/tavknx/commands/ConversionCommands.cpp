@@ -171,7 +171,8 @@ void AddConversionCommands(std::vector<Command>& commands)
         kValueHelp +
         "\nExamples:\n"
         "  tavknx to-knx 9.001 float:21.5\n"
-        "  tavknx to-knx 5.001 float:50 --json\n"
+        "  tavknx to-knx 14.068 21.5 --json\n"
+        "  tavknx to-knx 5.001 byte:50          refused: the front never encodes bytes on 5.x\n"
         "  tavknx to-knx 0.0 bool:true\n";
     commands.push_back({"decode", "decode DPT HEX [--bits N]",
                         "decode a group value with the switch-driven codec (GroupValueToOkaValue)",

@@ -162,6 +162,11 @@ ids)
   expect 0 '{"ok":true,"n":3,"ld":2,"parameterType":"number","channel":261030,"value":261031}' \
     ids parameter 3 2 number --json
   expect 1 '{"ok":false}' ids co-value 521 1 --json
+  # The library logs nothing here: the tool says why, on stdout and stderr, at any log level.
+  expect 1 'co 521 ld 1: refused (no object-model id: CO numbers go up to 520)' ids co-value 521 1 --log-level off
+  expect_err 1 'tavknx ids: co 521 ld 1: no object-model id: CO numbers go up to 520' ids co-value 521 1 --log-level off
+  expect_err 1 'tavknx ids: parameter 51 ld 1 ip: no object-model id: parameter numbers go up to 50' \
+    ids parameter 51 1 ip --json
   expect 1 '{"ok":false}' ids parameter 51 1 ip --json
   expect 0 '100101: value of CO 1 of logical device 1' ids describe 100101
   expect 0 '{"ok":true,"id":261031,"ld":2,"n":3,"parameterType":"number","kind":"parameter-value"}' \

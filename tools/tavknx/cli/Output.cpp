@@ -4,6 +4,7 @@
 #include "knx/HexText.h"
 #include "knx/ValueText.h"
 
+#include <iostream>
 #include <ostream>
 
 namespace TavKnx
@@ -54,6 +55,13 @@ void PrintRefusal(const std::string& dpt, bool json, std::ostream& out)
     {
         out << dpt << ": refused (the log lines on stderr say why)\n";
     }
+}
+
+void PrintRefusal(const std::string& prefix, const std::string& command, const std::string& reason, bool json,
+                  std::ostream& out)
+{
+    std::cerr << "tavknx " << command << ": " << prefix << ": " << reason << "\n";
+    out << (json ? JsonObject().Add("ok", false).Str() : prefix + ": refused (" + reason + ")") << "\n";
 }
 
 JsonObject GroupValueResultJson(const KNXDPT& dpt, const KnxStack::GroupValue& value)

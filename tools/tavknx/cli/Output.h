@@ -20,6 +20,10 @@ std::string GroupValueResultText(const std::string& dpt, const KnxStack::GroupVa
 void PrintValueResult(const std::string& dpt, const OKAVALUE& value, bool json, std::ostream& out);
 void PrintGroupValueResult(const std::string& dpt, const KnxStack::GroupValue& value, bool json, std::ostream& out);
 void PrintRefusal(const std::string& dpt, bool json, std::ostream& out);
+// A refusal the library does not log: `reason` goes to stderr as "tavknx COMMAND: PREFIX: REASON"
+// and into the text result, "PREFIX: refused (REASON)"; JSON stays {"ok":false}.
+void PrintRefusal(const std::string& prefix, const std::string& command, const std::string& reason, bool json,
+                  std::ostream& out);
 
 // The same for a DPT: text names it as KNX does ("9.001"), JSON as before ("dpt":"9.1").
 JsonObject GroupValueResultJson(const KNXDPT& dpt, const KnxStack::GroupValue& value);

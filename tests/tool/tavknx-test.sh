@@ -124,6 +124,33 @@ encode)
   expect 0 '10.001: ec1e00 (24 bits)' encode 10.001 12:30:00/sun
   expect 0 '10.001: 080f1e (24 bits)' encode 10.001 daytime:08:15:30
   expect 0 '10.001: 080f1e (24 bits)' encode 10.001 08:15:30
+  # Negative bare values are values, not options.
+  expect 0 '{"ok":true,"dpt":"8.1","hex":"fffb","bits":16}' encode 8.001 -5 --json
+  # What the codec changes is said: a WARN on stderr, "clamped":true; --strict refuses instead.
+  expect 0 '9.001: 7ffe (16 bits)' encode 9.001 700000
+  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 9.001: the codec clamps 700000 to 7ffe, which reads back as 670433.28 (--strict refuses such values)' \
+    encode 9.001 700000
+  expect 0 '{"ok":true,"dpt":"9.1","hex":"7fff","bits":16,"clamped":true}' encode 9.001 float:32767 --json
+  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 9.001: the codec writes 7fff, the KNX invalid code (no value), for 32767 (--strict refuses such values)' \
+    encode 9.001 float:32767
+  expect_err 0 "WARN  CodecWarning.cpp:40 CheckCodec - 9.001: the codec writes -300 as a0ad, which it refuses to read back: outside the DPT's range (--strict refuses such values)" \
+    encode 9.001 -300
+  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 8.001: the codec clamps 100000 to 7fff, which reads back as 32767' \
+    encode 8.001 100000
+  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 16.001: the codec clamps "Hello world, how are you" to 48656c6c6f20776f726c642c2068, which reads back as "Hello world, h"' \
+    encode 16.001 'Hello world, how are you'
+  expect 1 '9.001: refused (the codec clamps 700000 to 7ffe, which reads back as 670433.28; --strict refuses it)' \
+    encode 9.001 700000 --strict
+  expect_err 1 'tavknx encode: 9.001: the codec clamps 700000 to 7ffe, which reads back as 670433.28; --strict refuses it' \
+    encode 9.001 700000 --strict
+  expect 1 '{"ok":false}' encode 9.001 float:32767 --strict --json
+  # NaN asks for the invalid code; rounding within the DPT's resolution is no clamping.
+  run encode 9.001 nan
+  if [ "$code" != 0 ] || [ -s "$tmp/err" ]; then fail encode 9.001 nan; fi
+  for value in 21.555 0.004 -273 670760; do
+    run encode 9.001 "$value" --strict
+    if [ "$code" != 0 ] || [ -s "$tmp/err" ]; then fail encode 9.001 "$value" --strict; fi
+  done
   # The value type must be exactly the DPT's: a float on DPT 1 is refused.
   expect 1 '{"ok":false}' encode 1.001 float:1 --json
   ;;

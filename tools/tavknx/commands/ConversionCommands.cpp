@@ -1,4 +1,5 @@
 // decode, check, encode (the switch-driven codec) and from-knx, to-knx (the table-driven front).
+#include "cli/CodecWarning.h"
 #include "cli/Output.h"
 #include "cli/ValueArgument.h"
 #include "commands/Commands.h"
@@ -90,7 +91,24 @@ int RunEncode(const Invocation& invocation)
         PrintRefusal(dpt, invocation.json, invocation.Out());
         return kExitRefused;
     }
-    PrintGroupValueResult(dpt, *groupValue, invocation.json, invocation.Out());
+    const CodecVerdict verdict = CheckCodec(invocation, "encode", dpt, value, *groupValue);
+    if (verdict == CodecVerdict::Refused)
+    {
+        return kExitRefused;
+    }
+    if (invocation.json)
+    {
+        JsonObject object = GroupValueResultJson(dpt, *groupValue);
+        if (verdict == CodecVerdict::Clamped)
+        {
+            object.Add("clamped", true);
+        }
+        invocation.Out() << object.Str() << "\n";
+    }
+    else
+    {
+        invocation.Out() << GroupValueResultText(dpt, *groupValue) << "\n";
+    }
     return kExitDone;
 }
 
@@ -156,14 +174,18 @@ void AddConversionCommands(std::vector<Command>& commands)
 {
     static const std::string encodeHelp =
         std::string("Encodes VALUE for DPT with the switch-driven codec (OkaValueToGroupValue).\n"
-                    "The value's type must be exactly the DPT main type's value type.\n\n") +
+                    "The value's type must be exactly the DPT main type's value type. The codec clamps a value\n"
+                    "to the DPT's range (and writes DPT 9's 32767 as the invalid code 7fff): a WARN on stderr\n"
+                    "and \"clamped\":true in JSON say so; --strict refuses such a value (exit 1).\n\n") +
         kValueHelp +
         "\nExamples:\n"
         "  tavknx encode 9.001 21.5                 9.001: 0c33 (16 bits)\n"
         "  tavknx encode DPST-9-1 float:21.5\n"
         "  tavknx encode 10.001 daytime:08:15:30   a time of day without weekday\n"
         "  tavknx encode 1.001 bool:true --json\n"
-        "  tavknx encode 11.001 date:2024-04-30\n";
+        "  tavknx encode 11.001 date:2024-04-30\n"
+        "  tavknx encode 9.001 700000                clamped to 7ffe, with a WARN on stderr\n"
+        "  tavknx encode 9.001 700000 --strict      refused instead\n";
     static const std::string toKnxHelp =
         std::string("Converts VALUE to a group value with the table-driven front (KnxValueConverter::ToKnxValue).\n"
                     "DPT 0.0 lets the front choose a DPT from the value's type and --bits.\n"
@@ -191,8 +213,8 @@ void AddConversionCommands(std::vector<Command>& commands)
                         "  tavknx check 9.001 0c1a\n"
                         "  tavknx check 10.001 391e00 --json      hour 25: refused\n",
                         AddBitsOption, RunCheck});
-    commands.push_back({"encode", "encode DPT VALUE", "encode a value with the switch-driven codec (OkaValueToGroupValue)",
-                        encodeHelp.c_str(), nullptr, RunEncode});
+    commands.push_back({"encode", "encode DPT VALUE [--strict]", "encode a value with the switch-driven codec (OkaValueToGroupValue)",
+                        encodeHelp.c_str(), AddStrictOption, RunEncode});
     commands.push_back({"from-knx", "from-knx DPT HEX [--bits N]",
                         "convert a group value with the table-driven front (KnxValueConverter::FromKnxValue)",
                         "Converts the group value HEX with KnxValueConverter::FromKnxValue. DPT 0.0 lets the\n"

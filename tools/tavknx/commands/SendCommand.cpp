@@ -1,5 +1,6 @@
 // send: one group write (or read request) through knxd, the value encoded by the switch-driven
 // codec as the controller's applications encode it.
+#include "cli/CodecWarning.h"
 #include "cli/KnxdUrlOption.h"
 #include "cli/MapOption.h"
 #include "cli/Output.h"
@@ -36,6 +37,7 @@ void AddSendOptions(po::options_description& options)
     options.add_options()
         ("read", "send a read request to GA instead of a write")
         ("map", po::value<std::string>()->value_name("FILE"), kMapOptionHelp);
+    AddStrictOption(options);
     AddProjectPasswordOption(options);
 }
 
@@ -113,13 +115,23 @@ int RunSend(const Invocation& invocation)
         PrintRefusal(dpt, invocation.json, invocation.Out());
         return kExitRefused;
     }
+    // Checked before sending: with --strict nothing goes on the bus.
+    const CodecVerdict verdict = CheckCodec(invocation, "send", dpt, value, *groupValue);
+    if (verdict == CodecVerdict::Refused)
+    {
+        return kExitRefused;
+    }
     const int code = Send(url, groupAddress, MakeWriteApdu(*groupValue));
     if (code == kExitDone)
     {
         const std::string ga = FormatGroupAddress(groupAddress);
-        invocation.Out() << (invocation.json
-                                 ? GroupValueResultJson(dpt, *groupValue).Add("ga", ga).Add("kind", "write").Str()
-                                 : ga + " write " + GroupValueResultText(dpt, *groupValue))
+        JsonObject object = GroupValueResultJson(dpt, *groupValue);
+        object.Add("ga", ga).Add("kind", "write");
+        if (verdict == CodecVerdict::Clamped)
+        {
+            object.Add("clamped", true);
+        }
+        invocation.Out() << (invocation.json ? object.Str() : ga + " write " + GroupValueResultText(dpt, *groupValue))
                          << "\n";
     }
     return code;
@@ -134,7 +146,9 @@ void AddSendCommand(std::vector<Command>& commands)
                         "as a group write to GA through knxd; a value of up to 6 bits goes in the short form.\n"
                         "With --map (a map file or an ETS project) the DPT may be left out: the group address's\n"
                         "DPT in the map is taken. --read sends a read request instead. Exit 1 when the codec\n"
-                        "refuses the value or knxd cannot be reached (stderr says which).\n\n"
+                        "refuses the value or knxd cannot be reached (stderr says which). A value the codec clamps\n"
+                        "(or writes as DPT 9's invalid code) is sent with a WARN on stderr and \"clamped\":true in\n"
+                        "JSON; --strict refuses it and sends nothing.\n\n"
                         "Examples:\n"
                         "  tavknx send 1/2/3 9.001 21.5\n"
                         "  tavknx send 1/2/3 1.001 on\n"

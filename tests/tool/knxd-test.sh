@@ -114,7 +114,10 @@ case "$group" in
     tavknx_send 1/0/8 19.001 datetime:2024-04-30T12:30:00
     # A read request, its response, a group address the map does not know.
     knxtool_run groupread 1/0/3
-    tavknx_send --read 1/0/3
+    # send --read waits for the response and prints it decoded; the other response is not it.
+    "${runner[@]}" "$tavknx" send --url "$url" --read 1/0/3 DPST-9-1 --timeout 30 >"$tmp/read.out" 2>"$tmp/read.err" &
+    read_pid=$!
+    wait_lines 18
     knxtool_run groupsresponse 1/0/1 1
     "${runner[@]}" "$sender" "$url" 1 1/0/3 00400c1a >/dev/null || fail "ApduSender failed"
     knxtool_run groupwrite 2/0/0 12
@@ -131,6 +134,25 @@ case "$group" in
     grep -v "listening to knxd" "$tmp/mon.err" >"$tmp/mon.log"
     compare "$data/live-e2e.expected.log" "$tmp/mon.log" "the monitor's log"
     compare "$data/live-e2e.expected-send.txt" "$tmp/send.out" "tavknx send's output"
+    wait "$read_pid"
+    read_code=$?
+    [ "$read_code" = 0 ] && [ -z "$(cat "$tmp/read.err")" ] &&
+      sed -E 's/^[^ ]+ [^ ]+ /T S /' "$tmp/read.out" | grep -qxF 'T S 1/0/3 response 0c1a (16 bits) 9.001 codec: Float 21 [ivt 3, sub-type 0] | table: Float 21 [ivt 3, sub-type 0]' ||
+      fail "send --read: exit $read_code, stdout $(cat "$tmp/read.out"), stderr $(cat "$tmp/read.err")"
+    # No response: exit 1 after the time-out, the reason on stderr, nothing on stdout.
+    "${runner[@]}" "$tavknx" send --url "$url" --read 1/0/9 --timeout 1 --json >"$tmp/read.out" 2>"$tmp/read.err"
+    read_code=$?
+    [ "$read_code" = 1 ] && [ ! -s "$tmp/read.out" ] &&
+      [ "$(cat "$tmp/read.err")" = "tavknx send: no response to the read request of 1/0/9 within 1 s" ] ||
+      fail "send --read without response: exit $read_code, stdout $(cat "$tmp/read.out"), stderr $(cat "$tmp/read.err")"
+    # A clamped value is sent with a WARN; --strict sends nothing.
+    "${runner[@]}" "$tavknx" send --url "$url" 1/0/3 9.001 700000 --json >"$tmp/out" 2>"$tmp/err"
+    [ $? = 0 ] && [ "$(cat "$tmp/out")" = '{"ok":true,"dpt":"9.1","hex":"7ffe","bits":16,"ga":"1/0/3","kind":"write","clamped":true}' ] &&
+      grep -qF 'WARN  CodecWarning.cpp:40 CheckCodec - 9.001: the codec clamps 700000 to 7ffe' "$tmp/err" ||
+      fail "send of a clamped value: $(cat "$tmp/out") $(cat "$tmp/err")"
+    "${runner[@]}" "$tavknx" send --url "$url" 1/0/3 9.001 700000 --strict >"$tmp/out" 2>"$tmp/err"
+    [ $? = 1 ] && [ "$(cat "$tmp/out")" = '9.001: refused (the codec clamps 700000 to 7ffe, which reads back as 670433.28; --strict refuses it)' ] ||
+      fail "send --strict of a clamped value: $(cat "$tmp/out") $(cat "$tmp/err")"
     ;;
   map)
     # Both map formats: the same telegrams decoded through each; malformed lines reported with
@@ -359,7 +381,10 @@ case "$group" in
     expect_run 2 "" "$(usage send "GA: expected a group address MAIN/MIDDLE/SUB (0-31/0-7/0-255) or MAIN/SUB (0-31/0-2047), got '1/8/0'")" \
       send --url "$url" 1/8/0 9.001 float:1
     expect_run 2 "" "$(usage send "expected GA DPT VALUE, got 2 arguments")" send --url "$url" 1/0/3 9.001
-    expect_run 2 "" "$(usage send "expected GA, got 2 arguments (first extra: '9.001')")" send --url "$url" --read 1/0/3 9.001
+    expect_run 2 "" "$(usage send "expected GA [DPT], got 3 arguments (first extra: 'x')")" \
+      send --url "$url" --read 1/0/3 9.001 x
+    expect_run 2 "" "$(usage send "--timeout: expected a number of seconds from 1 to 3600, got '0'")" \
+      send --url "$url" --read 1/0/3 --timeout 0
     expect_run 2 "" "$(usage monitor "--count: expected a number of telegrams from 1 on, got '0'")" \
       monitor --url "$url" --count 0
     expect_run 2 "" "$(usage monitor "--timeout: expected a number of seconds from 1 on, got '0'")" \

@@ -147,11 +147,11 @@ case "$group" in
       fail "send --read without response: exit $read_code, stdout $(cat "$tmp/read.out"), stderr $(cat "$tmp/read.err")"
     # A clamped value is sent with a WARN; --strict sends nothing.
     "${runner[@]}" "$tavknx" send --url "$url" 1/0/3 9.001 700000 --json >"$tmp/out" 2>"$tmp/err"
-    [ $? = 0 ] && [ "$(cat "$tmp/out")" = '{"ok":true,"dpt":"9.1","hex":"7ffe","bits":16,"ga":"1/0/3","kind":"write","clamped":true}' ] &&
-      grep -qF 'WARN  CodecWarning.cpp:40 CheckCodec - 9.001: the codec clamps 700000 to 7ffe' "$tmp/err" ||
+    [ $? = 0 ] && [ "$(cat "$tmp/out")" = '{"ok":true,"dpt":"9.1","hex":"7ffe","bits":16,"name":"DPT_Value_Temp","unit":"°C","ga":"1/0/3","kind":"write","clamped":true}' ] &&
+      grep -qF 'WARN  CodecWarning.cpp:40 CheckCodec - 9.001 DPT_Value_Temp: the codec clamps 700000 to 7ffe' "$tmp/err" ||
       fail "send of a clamped value: $(cat "$tmp/out") $(cat "$tmp/err")"
     "${runner[@]}" "$tavknx" send --url "$url" 1/0/3 9.001 700000 --strict >"$tmp/out" 2>"$tmp/err"
-    [ $? = 1 ] && [ "$(cat "$tmp/out")" = '9.001: refused (the codec clamps 700000 to 7ffe, which reads back as 670433.28; --strict refuses it)' ] ||
+    [ $? = 1 ] && [ "$(cat "$tmp/out")" = '9.001 DPT_Value_Temp: refused (the codec clamps 700000 to 7ffe, which reads back as 670433.28; --strict refuses it)' ] ||
       fail "send --strict of a clamped value: $(cat "$tmp/out") $(cat "$tmp/err")"
     ;;
   map)
@@ -223,8 +223,8 @@ case "$group" in
     tavknx_send --map "$tmp/ets5.knxproj" 1/0/0 bool:true
     tavknx_send --map "$tmp/ets5.knxproj" 2/2/0 float:21
     wait_monitor
-    [ "$(cat "$tmp/send.out")" = "1/0/0 write 1.001: 01 (1 bit)
-2/2/0 write 9.001: 0c1a (16 bits)" ] || fail "send --map: $(cat "$tmp/send.out")"
+    [ "$(cat "$tmp/send.out")" = "1/0/0 write 1.001 DPT_Switch: 01 (1 bit)
+2/2/0 write 9.001 DPT_Value_Temp: 0c1a (16 bits)" ] || fail "send --map: $(cat "$tmp/send.out")"
     grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.001 codec: Bool true' "$tmp/mon.out" &&
       grep -qF ' 2/2/0 "Living temperature" write 0c1a (16 bits) 9.001 codec: Float 21' "$tmp/mon.out" ||
       fail "send --map, as the monitor saw it: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"

@@ -65,25 +65,25 @@ no_crash() {
 
 case "$group" in
 decode)
-  expect 0 '9.001: Float 21 [ivt 3, sub-type 0]' decode 9.001 0c1a
+  expect 0 '9.001 DPT_Value_Temp: 21.00 °C = Float 21 [ivt 3, sub-type 0]' decode 9.001 0c1a
   # Every DPT form integrators paste; JSON keeps the short form scripts read.
   for dpt in 9.001 9.1 9,001 DPST-9-1 dpst-9-1 DPT9.001 DPT-9.001; do
-    expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0}' decode "$dpt" 0c1a --json
+    expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0,"name":"DPT_Value_Temp","unit":"°C"}' decode "$dpt" 0c1a --json
   done
   expect 0 '9.000: Float 21 [ivt 3, sub-type 0]' decode DPT-9 0c1a
   # Bytes as bus monitors and log lines print them.
   for hex in 0c1a '0C 1A' 0c:1a 0x0c1a; do
-    expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0}' decode 9.001 "$hex" --json
+    expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0,"name":"DPT_Value_Temp","unit":"°C"}' decode 9.001 "$hex" --json
   done
-  expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0}' decode 9.001 0c1a --json
-  expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":-0.5}' --json decode 9.1 87ce
-  expect 0 '{"ok":true,"dpt":"1.1","ivt":2,"type":"Bool","subType":0,"value":true}' decode 1.001 01 --json
-  expect 0 '{"ok":true,"dpt":"7.1","ivt":7,"type":"Word","subType":0,"value":4660}' decode 7.001 1234 --json
-  expect 0 '{"ok":true,"dpt":"8.1","ivt":4,"type":"Integer","subType":0,"value":-100}' decode 8.001 ff9c --json
-  expect 0 '{"ok":true,"dpt":"10.1","ivt":15,"type":"DayTime","subType":0,"value":"12:30:00","weekday":1}' \
+  expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0,"name":"DPT_Value_Temp","unit":"°C"}' decode 9.001 0c1a --json
+  expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":-0.5,"name":"DPT_Value_Temp","unit":"°C"}' --json decode 9.1 87ce
+  expect 0 '{"ok":true,"dpt":"1.1","ivt":2,"type":"Bool","subType":0,"value":true,"name":"DPT_Switch"}' decode 1.001 01 --json
+  expect 0 '{"ok":true,"dpt":"7.1","ivt":7,"type":"Word","subType":0,"value":4660,"name":"DPT_Value_2_Ucount","unit":"pulses"}' decode 7.001 1234 --json
+  expect 0 '{"ok":true,"dpt":"8.1","ivt":4,"type":"Integer","subType":0,"value":-100,"name":"DPT_Value_2_Count","unit":"pulses"}' decode 8.001 ff9c --json
+  expect 0 '{"ok":true,"dpt":"10.1","ivt":15,"type":"DayTime","subType":0,"value":"12:30:00","weekday":1,"name":"DPT_TimeOfDay"}' \
     decode 10.001 2c1e00 --json
-  expect 0 '{"ok":true,"dpt":"11.1","ivt":11,"type":"Date","subType":0,"value":"2024-04-30"}' decode 11.001 1e0418 --json
-  expect 0 '{"ok":true,"dpt":"16.1","ivt":10,"type":"String","subType":0,"value":"Hello"}' \
+  expect 0 '{"ok":true,"dpt":"11.1","ivt":11,"type":"Date","subType":0,"value":"2024-04-30","name":"DPT_Date"}' decode 11.001 1e0418 --json
+  expect 0 '{"ok":true,"dpt":"16.1","ivt":10,"type":"String","subType":0,"value":"Hello","name":"DPT_String_8859_1"}' \
     decode 16.001 48656c6c6f000000000000000000 --json
   # Refusals: exit 1, {"ok":false}, the reason in the log on stderr.
   expect 1 '{"ok":false}' decode 9.001 0c --json
@@ -98,52 +98,71 @@ decode)
   if [ "$code" != 1 ] || [ -s "$tmp/err" ]; then fail decode 9.001 0c --log-level off; fi
   ;;
 check)
-  expect 0 '9.001: valid' check 9.001 0c1a
+  expect 0 '9.001 DPT_Value_Temp: valid' check 9.001 0c1a
   expect 0 '{"ok":true,"dpt":"9.1"}' check 9.001 0c1a --json
   expect 1 '{"ok":false}' check 10.001 391e00 --json
-  expect 1 '9.001: refused (the log lines on stderr say why)' check 9.001 0c
+  expect 1 '9.001 DPT_Value_Temp: refused (the log lines on stderr say why)' check 9.001 0c
   # --bits: a 1-byte DPT 5 value declared as 16 bits is refused by the bit size check.
   expect_err 1 'unexpected bit size: 16, expected: 8' check 5.001 80 --bits 16
   ;;
 encode)
-  expect 0 '9.001: 0c33 (16 bits)' encode 9.001 float:21.5
-  expect 0 '{"ok":true,"dpt":"9.1","hex":"0c33","bits":16}' encode 9.001 float:21.5 --json
-  expect 0 '{"ok":true,"dpt":"1.1","hex":"01","bits":1}' encode 1.001 BOOL:true --json
-  expect 0 '{"ok":true,"dpt":"7.1","hex":"1234","bits":16}' encode 7.001 word:4660 --json
-  expect 0 '{"ok":true,"dpt":"11.1","hex":"1e0418","bits":24}' encode 11.001 date:2024-04-30 --json
+  expect 0 '9.001 DPT_Value_Temp: 0c33 (16 bits)' encode 9.001 float:21.5
+  expect 0 '{"ok":true,"dpt":"9.1","hex":"0c33","bits":16,"name":"DPT_Value_Temp","unit":"°C"}' encode 9.001 float:21.5 --json
+  expect 0 '{"ok":true,"dpt":"1.1","hex":"01","bits":1,"name":"DPT_Switch"}' encode 1.001 BOOL:true --json
+  expect 0 '{"ok":true,"dpt":"7.1","hex":"1234","bits":16,"name":"DPT_Value_2_Ucount","unit":"pulses"}' encode 7.001 word:4660 --json
+  expect 0 '{"ok":true,"dpt":"11.1","hex":"1e0418","bits":24,"name":"DPT_Date"}' encode 11.001 date:2024-04-30 --json
   # A bare value is read as the DPT's value type; TYPE:TEXT stays.
-  expect 0 '9.001: 0c33 (16 bits)' encode 9.001 21.5
-  expect 0 '1.001: 01 (1 bit)' encode 1.001 on
-  expect 0 '1.001: 00 (1 bit)' encode 1.001 OFF
-  expect 0 '7.001: 1234 (16 bits)' encode 7.001 4660
-  expect 0 '11.001: 1e0418 (24 bits)' encode 11.001 2024-04-30
-  expect 0 '16.001: 48656c6c6f000000000000000000 (112 bits)' encode 16.001 Hello
+  expect 0 '9.001 DPT_Value_Temp: 0c33 (16 bits)' encode 9.001 21.5
+  expect 0 '1.001 DPT_Switch: 01 (1 bit)' encode 1.001 on
+  expect 0 '1.001 DPT_Switch: 00 (1 bit)' encode 1.001 OFF
+  expect 0 '7.001 DPT_Value_2_Ucount: 1234 (16 bits)' encode 7.001 4660
+  expect 0 '11.001 DPT_Date: 1e0418 (24 bits)' encode 11.001 2024-04-30
+  expect 0 '16.001 DPT_String_8859_1: 48656c6c6f000000000000000000 (112 bits)' encode 16.001 Hello
   # Times: the weekday by name or the value model's number (1 = Monday), none = no day (0 on the bus).
-  expect 0 '10.001: 2c1e00 (24 bits)' encode 10.001 12:30:00/Mon
-  expect 0 '10.001: 2c1e00 (24 bits)' encode 10.001 daytime:12:30:00/1
-  expect 0 '10.001: ec1e00 (24 bits)' encode 10.001 12:30:00/sun
-  expect 0 '10.001: 080f1e (24 bits)' encode 10.001 daytime:08:15:30
-  expect 0 '10.001: 080f1e (24 bits)' encode 10.001 08:15:30
+  expect 0 '10.001 DPT_TimeOfDay: 2c1e00 (24 bits)' encode 10.001 12:30:00/Mon
+  expect 0 '10.001 DPT_TimeOfDay: 2c1e00 (24 bits)' encode 10.001 daytime:12:30:00/1
+  expect 0 '10.001 DPT_TimeOfDay: ec1e00 (24 bits)' encode 10.001 12:30:00/sun
+  expect 0 '10.001 DPT_TimeOfDay: 080f1e (24 bits)' encode 10.001 daytime:08:15:30
+  expect 0 '10.001 DPT_TimeOfDay: 080f1e (24 bits)' encode 10.001 08:15:30
   # Negative bare values are values, not options.
-  expect 0 '{"ok":true,"dpt":"8.1","hex":"fffb","bits":16}' encode 8.001 -5 --json
+  expect 0 '{"ok":true,"dpt":"8.1","hex":"fffb","bits":16,"name":"DPT_Value_2_Count","unit":"pulses"}' encode 8.001 -5 --json
   # What the codec changes is said: a WARN on stderr, "clamped":true; --strict refuses instead.
-  expect 0 '9.001: 7ffe (16 bits)' encode 9.001 700000
-  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 9.001: the codec clamps 700000 to 7ffe, which reads back as 670433.28 (--strict refuses such values)' \
+  expect 0 '9.001 DPT_Value_Temp: 7ffe (16 bits)' encode 9.001 700000
+  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 9.001 DPT_Value_Temp: the codec clamps 700000 to 7ffe, which reads back as 670433.28 (--strict refuses such values)' \
     encode 9.001 700000
-  expect 0 '{"ok":true,"dpt":"9.1","hex":"7fff","bits":16,"clamped":true}' encode 9.001 float:32767 --json
-  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 9.001: the codec writes 7fff, the KNX invalid code (no value), for 32767 (--strict refuses such values)' \
+  expect 0 '{"ok":true,"dpt":"9.1","hex":"7fff","bits":16,"name":"DPT_Value_Temp","unit":"°C","clamped":true}' encode 9.001 float:32767 --json
+  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 9.001 DPT_Value_Temp: the codec writes 7fff, the KNX invalid code (no value), for 32767 (--strict refuses such values)' \
     encode 9.001 float:32767
-  expect_err 0 "WARN  CodecWarning.cpp:40 CheckCodec - 9.001: the codec writes -300 as a0ad, which it refuses to read back: outside the DPT's range (--strict refuses such values)" \
+  expect_err 0 "WARN  CodecWarning.cpp:40 CheckCodec - 9.001 DPT_Value_Temp: the codec writes -300 as a0ad, which it refuses to read back: outside the DPT's range (--strict refuses such values)" \
     encode 9.001 -300
-  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 8.001: the codec clamps 100000 to 7fff, which reads back as 32767' \
+  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 8.001 DPT_Value_2_Count: the codec clamps 100000 to 7fff, which reads back as 32767' \
     encode 8.001 100000
-  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 16.001: the codec clamps "Hello world, how are you" to 48656c6c6f20776f726c642c2068, which reads back as "Hello world, h"' \
+  expect_err 0 'WARN  CodecWarning.cpp:40 CheckCodec - 16.001 DPT_String_8859_1: the codec clamps "Hello world, how are you" to 48656c6c6f20776f726c642c2068, which reads back as "Hello world, h"' \
     encode 16.001 'Hello world, how are you'
-  expect 1 '9.001: refused (the codec clamps 700000 to 7ffe, which reads back as 670433.28; --strict refuses it)' \
+  expect 1 '9.001 DPT_Value_Temp: refused (the codec clamps 700000 to 7ffe, which reads back as 670433.28; --strict refuses it)' \
     encode 9.001 700000 --strict
-  expect_err 1 'tavknx encode: 9.001: the codec clamps 700000 to 7ffe, which reads back as 670433.28; --strict refuses it' \
+  expect_err 1 'tavknx encode: 9.001 DPT_Value_Temp: the codec clamps 700000 to 7ffe, which reads back as 670433.28; --strict refuses it' \
     encode 9.001 700000 --strict
   expect 1 '{"ok":false}' encode 9.001 float:32767 --strict --json
+  # Names, units and the value in KNX terms, beside the library's value.
+  expect 0 '5.001 DPT_Scaling: 50.2 % = Byte 128 [ivt 6, sub-type 0]' decode 5.001 80
+  expect 0 '1.001 DPT_Switch: on = Bool true [ivt 2, sub-type 0]' decode 1.001 01
+  expect 0 '1.009 DPT_OpenClose: open = Bool false [ivt 2, sub-type 0]' decode 1.009 00
+  expect 0 '7.013 DPT_Brightness: 500 lx = Word 500 [ivt 7, sub-type 0]' decode 7.013 01f4
+  expect 0 '7.003 DPT_TimePeriod10MSec: 50 ms = Word 5 [ivt 7, sub-type 0]' decode 7.003 0005
+  expect 0 '8.010 DPT_Percent_V16: 12.34 % = Integer 1234 [ivt 4, sub-type 0]' decode 8.010 04d2
+  expect 0 '9.001 DPT_Value_Temp: no value (the invalid code) = Float nan [ivt 3, sub-type 0]' decode 9.001 7fff
+  expect 0 '14.068 DPT_Value_Common_Temperature: 21.5 °C = Float 21.5 [ivt 3, sub-type 0]' from-knx 14.068 41ac0000
+  expect 0 '17.001 DPT_SceneNumber: Byte 5 [ivt 6, sub-type 0]' decode 17.001 05
+  expect 0 '{"ok":true,"dpt":"5.1","ivt":6,"type":"Byte","subType":0,"value":128,"name":"DPT_Scaling","unit":"%"}' \
+    decode 5.001 80 --json
+  # Weekdays by name, the value model's number said: 0 = Sunday, 7 = no day.
+  expect 0 '10.001 DPT_TimeOfDay: Mon 12:30:00 = DayTime 12:30:00 Mon (value model weekday 1, 0 = Sunday) [ivt 15, sub-type 0]' \
+    decode 10.001 2c1e00
+  expect 0 '10.001 DPT_TimeOfDay: Sun 12:30:00 = DayTime 12:30:00 Sun (value model weekday 0, 0 = Sunday) [ivt 15, sub-type 0]' \
+    decode 10.001 ec1e00
+  expect 0 '10.001 DPT_TimeOfDay: 12:30:00, no day = DayTime 12:30:00 no day (value model weekday 7) [ivt 15, sub-type 0]' \
+    decode 10.001 0c1e00
   # NaN asks for the invalid code; rounding within the DPT's resolution is no clamping.
   run encode 9.001 nan
   if [ "$code" != 0 ] || [ -s "$tmp/err" ]; then fail encode 9.001 nan; fi
@@ -155,21 +174,21 @@ encode)
   expect 1 '{"ok":false}' encode 1.001 float:1 --json
   ;;
 from-knx)
-  expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0}' from-knx 9.001 0c1a --json
+  expect 0 '{"ok":true,"dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0,"name":"DPT_Value_Temp","unit":"°C"}' from-knx 9.001 0c1a --json
   # DPT 0.0: the front picks the default DPT for the size and reports it.
   expect 0 '{"ok":true,"dpt":"9.0","ivt":3,"type":"Float","subType":0,"value":21.0}' from-knx 0.0 0c1a --json
-  expect 0 '{"ok":true,"dpt":"9.1","ivt":0,"type":"Invalid","subType":0,"value":null}' from-knx 9.001 7fff --json
-  expect 0 '{"ok":true,"dpt":"1.1","ivt":2,"type":"Bool","subType":0,"value":false}' from-knx 1.001 00 --json
-  expect 0 '9.001: Float 21 [ivt 3, sub-type 0]' from-knx 9.1 0c1a
+  expect 0 '{"ok":true,"dpt":"9.1","ivt":0,"type":"Invalid","subType":0,"value":null,"name":"DPT_Value_Temp","unit":"°C"}' from-knx 9.001 7fff --json
+  expect 0 '{"ok":true,"dpt":"1.1","ivt":2,"type":"Bool","subType":0,"value":false,"name":"DPT_Switch"}' from-knx 1.001 00 --json
+  expect 0 '9.001 DPT_Value_Temp: 21.00 °C = Float 21 [ivt 3, sub-type 0]' from-knx 9.1 0c1a
   # A DPT without map entry is accepted with an empty value.
   expect 0 '{"ok":true,"dpt":"99.1","ivt":1,"type":"Empty","subType":0,"value":null}' from-knx 99.1 1234 --json
   expect_err 1 'unexpected bit size: 8, expected: 16' from-knx 9.001 0c
   expect_usage 'more than a DPT' from-knx 16.001 "$(printf '00%.0s' $(seq 40))"
   ;;
 to-knx)
-  expect 0 '{"ok":true,"dpt":"9.1","hex":"0c33","bits":16}' to-knx 9.001 float:21.5 --json
-  expect 0 '9.001: 0c33 (16 bits)' to-knx DPST-9-1 float:21.5
-  expect 0 '{"ok":true,"dpt":"1.1","hex":"01","bits":1}' to-knx 0.0 bool:true --json
+  expect 0 '{"ok":true,"dpt":"9.1","hex":"0c33","bits":16,"name":"DPT_Value_Temp","unit":"°C"}' to-knx 9.001 float:21.5 --json
+  expect 0 '9.001 DPT_Value_Temp: 0c33 (16 bits)' to-knx DPST-9-1 float:21.5
+  expect 0 '{"ok":true,"dpt":"1.1","hex":"01","bits":1,"name":"DPT_Switch"}' to-knx 0.0 bool:true --json
   # A DPT without entry leaves the group value untouched.
   expect 0 '{"ok":true,"dpt":"99.1","hex":"","bits":0}' to-knx 99.1 float:1 --json
   expect_err 1 'Convert to KNX value failed for DPT = 9.1 val = Float nan' to-knx 9.001 float:nan
@@ -177,7 +196,19 @@ to-knx)
   ;;
 dpts)
   run dpts
-  if [ "$code" != 0 ] || ! grep -qE '^9\.1 +16 +Float \(3\)' "$tmp/out"; then fail dpts; fi
+  if [ "$code" != 0 ] || ! grep -qxE '9\.001 +16 +Float \(3\) +PhysicalQuantity \(3003\) +DPT_Value_Temp °C' "$tmp/out" ||
+    ! grep -qxE '1\.xxx +1 +Bool \(2\) +Generic \(0\)' "$tmp/out"; then fail dpts; fi
+  run dpts --names
+  if [ "$code" != 0 ] || ! grep -qxE '9\.001 +DPT_Value_Temp +°C' "$tmp/out" ||
+    ! grep -qxE '1\.001 +DPT_Switch +\(0 off, 1 on\)' "$tmp/out" || ! grep -qxE '5\.001 +DPT_Scaling +%' "$tmp/out"; then
+    fail dpts --names
+  fi
+  run dpts --json
+  if ! grep -qxF '{"dpt":"9.1","bits":16,"ivt":3,"type":"Float","subType":3003,"subTypeName":"PhysicalQuantity","name":"DPT_Value_Temp","unit":"°C"}' "$tmp/out"; then
+    fail dpts --json name
+  fi
+  run dpts --names --json
+  if ! grep -qxF '{"dpt":"1.1","name":"DPT_Switch","unit":"","zero":"off","one":"on"}' "$tmp/out"; then fail dpts --names --json; fi
   run dpts --json
   if [ "$code" != 0 ] || ! grep -qF '{"dpt":"1.x","bits":1,"ivt":2,"type":"Bool","subType":0,' "$tmp/out"; then
     fail dpts --json

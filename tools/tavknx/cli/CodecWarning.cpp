@@ -68,12 +68,12 @@ CodecVerdict CheckCodec(const Invocation& invocation, const char* command, const
     }
     if (invocation.options.count("strict") != 0)
     {
-        PrintRefusal(FormatKnxDpt(dpt), command, what + "; --strict refuses it", invocation.json, invocation.Out());
+        PrintRefusal(DptLabel(dpt), command, what + "; --strict refuses it", invocation.json, invocation.Out());
         return CodecVerdict::Refused;
     }
     TAV_LOG_FROM(log4cplus::Logger::getInstance(std::string("tavknx.") + command), log4cplus::WARN_LOG_LEVEL,
                  "CheckCodec", LogFile::CodecWarning, 40,
-                 FormatKnxDpt(dpt) << ": " << what << " (--strict refuses such values)");
+                 DptLabel(dpt) << ": " << what << " (--strict refuses such values)");
     return CodecVerdict::Clamped;
 }
 } // namespace TavKnx

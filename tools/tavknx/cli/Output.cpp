@@ -1,6 +1,8 @@
 #include "cli/Output.h"
 
+#include "knx/DptNames.h"
 #include "knx/DptText.h"
+#include "knx/KnxTerms.h"
 #include "knx/HexText.h"
 #include "knx/ValueText.h"
 
@@ -64,19 +66,55 @@ void PrintRefusal(const std::string& prefix, const std::string& command, const s
     out << (json ? JsonObject().Add("ok", false).Str() : prefix + ": refused (" + reason + ")") << "\n";
 }
 
+std::string DptLabel(const KNXDPT& dpt)
+{
+    const DptName* row = FindDptName(dpt);
+    return FormatKnxDpt(dpt) + (row != nullptr ? std::string(" ") + row->name : std::string());
+}
+
+namespace
+{
+// "name" and "unit" after the other fields, where the DPT has them.
+void AddNameFields(JsonObject& object, const KNXDPT& dpt)
+{
+    const DptName* row = FindDptName(dpt);
+    if (row != nullptr)
+    {
+        object.Add("name", row->name);
+        if (*row->unit != '\0')
+        {
+            object.Add("unit", row->unit);
+        }
+    }
+}
+} // namespace
+
 JsonObject GroupValueResultJson(const KNXDPT& dpt, const KnxStack::GroupValue& value)
 {
-    return GroupValueResultJson(FormatDpt(dpt), value);
+    JsonObject object = GroupValueResultJson(FormatDpt(dpt), value);
+    AddNameFields(object, dpt);
+    return object;
 }
 
 std::string GroupValueResultText(const KNXDPT& dpt, const KnxStack::GroupValue& value)
 {
-    return GroupValueResultText(FormatKnxDpt(dpt), value);
+    return GroupValueResultText(DptLabel(dpt), value);
 }
 
 void PrintValueResult(const KNXDPT& dpt, const OKAVALUE& value, bool json, std::ostream& out)
 {
-    PrintValueResult(json ? FormatDpt(dpt) : FormatKnxDpt(dpt), value, json, out);
+    if (json)
+    {
+        JsonObject object;
+        object.Add("ok", true).Add("dpt", FormatDpt(dpt));
+        AddValueFields(object, value);
+        AddNameFields(object, dpt);
+        out << object.Str() << "\n";
+        return;
+    }
+    // KNX's reading first, the library's value after it, always.
+    const boost::optional<std::string> knx = KnxTermsText(dpt, value);
+    out << DptLabel(dpt) << ": " << (knx ? *knx + " = " : std::string()) << DescribeValue(value) << "\n";
 }
 
 void PrintGroupValueResult(const KNXDPT& dpt, const KnxStack::GroupValue& value, bool json, std::ostream& out)
@@ -86,6 +124,6 @@ void PrintGroupValueResult(const KNXDPT& dpt, const KnxStack::GroupValue& value,
 
 void PrintRefusal(const KNXDPT& dpt, bool json, std::ostream& out)
 {
-    PrintRefusal(FormatKnxDpt(dpt), json, out);
+    PrintRefusal(DptLabel(dpt), json, out);
 }
 } // namespace TavKnx

@@ -75,7 +75,7 @@ int RunCheck(const Invocation& invocation)
     }
     else
     {
-        invocation.Out() << FormatKnxDpt(telegram.dpt) << ": valid\n";
+        invocation.Out() << DptLabel(telegram.dpt) << ": valid\n";
     }
     return kExitDone;
 }

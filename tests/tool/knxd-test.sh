@@ -157,7 +157,8 @@ case "$group" in
   map)
     # Both map formats: the same telegrams decoded through each; malformed lines reported with
     # their line numbers and skipped, the good lines used.
-    for map in map-simple.txt map-export.csv map-export-comma.csv map-malformed.txt map-export-malformed.csv; do
+    for map in map-simple.txt map-export.csv map-export-comma.csv map-export-tab.csv map-malformed.txt \
+      map-export-malformed.csv; do
       start_monitor --map "$data/$map" --count 5 --timeout 60 --json || exit 1
       knxtool_run groupswrite 1/1/1 1
       knxtool_run groupwrite 1/2/1 80
@@ -176,6 +177,12 @@ case "$group" in
     code=$?
     [ "$code" = 2 ] && grep -qF -- "tavknx monitor: --map: cannot read map file '$tmp/missing.txt'" "$tmp/err" ||
       fail "missing map: exit $code, stderr $(cat "$tmp/err")"
+    # A map without a usable line is bad usage too, its first problems named.
+    printf 'Group name\tAddress\n"Kitchen"\t1/1/1\n' >"$tmp/no-dpt.csv"
+    "${runner[@]}" "$tavknx" monitor --url "$url" --map "$tmp/no-dpt.csv" >"$tmp/out" 2>"$tmp/err"
+    code=$?
+    [ "$code" = 2 ] && [ ! -s "$tmp/out" ] && grep -qxF -- "tavknx monitor: --map: '$tmp/no-dpt.csv' gives no group address a DPT: line 1: malformed line, expected \"group address;DPT\": 'Group name?Address'; line 2: malformed line, expected \"group address;DPT\": '\"Kitchen\"?1/1/1'" "$tmp/err" ||
+      fail "map without a usable line: exit $code, stderr $(cat "$tmp/err")"
     ;;
   project)
     # An ETS project as the map (written by KnxprojFixture): its DPTs decode, its names show,

@@ -654,3 +654,19 @@ TEST(GroupAddressMapLoadTest, ReadsAFileOfSixteenMebibytes)
     EXPECT_THAT(Listed(problems), ElementsAre("1: " + kMalformedLine + "'" + std::string(40, '?') + "...'"));
 }
 } // namespace
+
+namespace
+{
+TEST(GroupAddressMapTabTest, ReadsATabSeparatedExportWithQuotedAndEmptyFields)
+{
+    const Parsed parsed = ParseText("\"Group name\"\tAddress\tCentral\tDescription\tDatapointType\r\n"
+                                    "Lighting\t1/-/-\t\t\t\r\n"
+                                    "\"Kitchen light\"\t1/1/1\t\"\"\t\"a\tb\"\tDPST-1-1\r\n"
+                                    "Temperature\t 2/0/3 \t\t\"\"\"x\"\"\"\tDPT-9.001\r\n"
+                                    "Short\t1/1/2\r\n");
+    EXPECT_THAT(parsed.problems, ElementsAre("5: row has 2 fields, the header has 5: 'Short?1/1/2'"));
+    EXPECT_EQ(parsed.map.Size(), 2u);
+    EXPECT_EQ(DptOf(parsed.map, "1/1/1"), "1.1");
+    EXPECT_EQ(DptOf(parsed.map, "2/0/3"), "9.1");
+}
+} // namespace

@@ -61,11 +61,13 @@ struct CsvFields
 CsvFields SplitCsv(const std::string& line, char separator, std::size_t keep)
 {
     CsvFields result;
+    // In a tab-separated export a tab ends a field: only blanks surround one.
+    const char* const blanks = separator == '\t' ? " " : kBlanks;
     std::string::size_type at = 0;
     for (;;)
     {
         std::string field;
-        std::string::size_type end = line.find_first_not_of(kBlanks, at);
+        std::string::size_type end = line.find_first_not_of(blanks, at);
         if (end != std::string::npos && line[end] == '"')
         {
             std::string::size_type from = end + 1;
@@ -131,7 +133,7 @@ boost::optional<std::size_t> FindColumn(const std::vector<std::string>& header, 
 // The export's header names both columns; false for anything else.
 bool ReadCsvHeader(const std::string& line, CsvLayout& layout)
 {
-    for (const char separator : {';', ','})
+    for (const char separator : {';', ',', '\t'})
     {
         const CsvFields header = SplitCsv(line, separator, kMaxHeaderColumns);
         if (!header.closed)

@@ -177,6 +177,17 @@ case "$group" in
     code=$?
     [ "$code" = 2 ] && grep -qF -- "tavknx monitor: --map: cannot read map file '$tmp/missing.txt'" "$tmp/err" ||
       fail "missing map: exit $code, stderr $(cat "$tmp/err")"
+    # --filter: one address and a middle group; the others neither shown nor counted.
+    start_monitor --map "$data/live-map.txt" --filter 1/0/1 --filter 2/2/* --count 2 --timeout 60 || exit 1
+    knxtool_run groupswrite 3/0/0 1
+    knxtool_run groupswrite 1/0/2 1
+    knxtool_run groupswrite 2/3/0 1
+    knxtool_run groupswrite 2/2/7 1
+    knxtool_run groupswrite 1/0/1 1
+    wait_monitor
+    [ "$monitor_code" = 0 ] && [ "$(sed -E 's/^[^ ]+ [^ ]+ //' "$tmp/mon.out")" = '2/2/7 write 01 (6 bits)
+1/0/1 write 01 (6 bits) 1.001 codec: Bool true [ivt 2, sub-type 0] | table: Bool true [ivt 2, sub-type 0]' ] ||
+      fail "monitor --filter: exit $monitor_code: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
     # A map without a usable line is bad usage too, its first problems named.
     printf 'Group name\tAddress\n"Kitchen"\t1/1/1\n' >"$tmp/no-dpt.csv"
     "${runner[@]}" "$tavknx" monitor --url "$url" --map "$tmp/no-dpt.csv" >"$tmp/out" 2>"$tmp/err"

@@ -242,9 +242,23 @@ ids)
 config)
   printf '<?xml version="1.0"?>\n<tavapphostconfig><AppDebugMode>true</AppDebugMode></tavapphostconfig>\n' >"$tmp/c.xml"
   run config "$tmp/c.xml" --json
-  if [ "$code" != 0 ] || ! grep -qF '"found":true' "$tmp/out"; then fail config; fi
+  if [ "$code" != 0 ] || ! grep -qF '"found":true,"loaded":true,' "$tmp/out"; then fail config; fi
+  # A file that exists but is no configuration: said in the result, at any log level.
+  printf 'root:x:0:0:root:/root:/bin/bash\n' >"$tmp/passwd"
+  run config "$tmp/passwd" --json --log-level off
+  if [ "$code" != 0 ] || ! grep -qF "{\"ok\":true,\"file\":\"$tmp/passwd\",\"found\":true,\"loaded\":false,\"appDebugMode\":false," "$tmp/out" ||
+    [ -s "$tmp/err" ]; then
+    fail config passwd --json
+  fi
+  run config "$tmp/passwd"
+  if [ "$code" != 0 ] || [ "$(head -1 "$tmp/out")" != "file: $tmp/passwd (cannot be read as the configuration: standard settings)" ] ||
+    ! grep -qF 'ERROR AppHostConfig.cpp:94 [tavknx] LoadConfigurationFile - Falling back to standard configuration.' "$tmp/err"; then
+    fail config passwd
+  fi
+  run config "$tmp/missing.xml"
+  if [ "$(head -1 "$tmp/out")" != "file: $tmp/missing.xml (not found: standard settings)" ]; then fail config missing text; fi
   run config "$tmp/missing.xml" --json
-  if [ "$code" != 0 ] || ! grep -qF '"found":false,"appDebugMode":false' "$tmp/out" ||
+  if [ "$code" != 0 ] || ! grep -qF '"found":false,"loaded":false,"appDebugMode":false' "$tmp/out" ||
     ! grep -qF 'cannot be read' "$tmp/err"; then
     fail config missing
   fi

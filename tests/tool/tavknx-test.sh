@@ -269,7 +269,9 @@ demo)
   if [ "$code" != 0 ] || ! grep -qF 'SetValue docket: answered yes, valid yes, reply "21"' "$tmp/out" ||
     ! grep -qF 'timed out after 300 ms and was sent again' "$tmp/out" ||
     ! grep -qF "WaitForAnswer - Timeout (00:00:00.300000) occured for request ID '1'" "$tmp/err" ||
-    ! grep -qF 'exception: Day of month is not valid for year' "$tmp/out"; then
+    ! grep -qF 'exception: Day of month is not valid for year  Date 2024-04-31 (11/0)' "$tmp/out" ||
+    ! grep -qF 'Byte 11 (6/0)                             Float 5.4e-323 (3/0)' "$tmp/out" ||
+    ! grep -qF "dimming: up, step code 3 (table-driven: the 4 bits kept in the float's raw bytes, read as 5.4e-323)" "$tmp/out"; then
     fail demo
   fi
   if [ $(($(date +%s) - start)) -gt 5 ]; then fail demo took too long; fi
@@ -421,6 +423,8 @@ devices: 2
     send --url local:/nonexistent --map "$tmp/ets5.knxproj" 0/0/1 bool:true
   expect_usage 'GA: 5/5/5 has no DPT in the map; give one: send GA DPT VALUE' \
     send --url local:/nonexistent --map "$tmp/ets5.knxproj" 5/5/5 bool:true
+  expect_usage 'GA: 4/1024 has no DPT in the map; give one: send GA DPT VALUE' \
+    send --url local:/nonexistent --map "$tmp/ets5.knxproj" 4/1024 bool:true
   expect_usage 'tavknx send: expected GA DPT VALUE, got 2 arguments' send 1/0/0 bool:true
   expect_err 1 'tavknx send: --map: project is password-protected: give --password-file or TAVKNX_PROJECT_PASSWORD' \
     send --url local:/nonexistent --map "$tmp/ets5-protected.knxproj" 1/0/0 bool:true
@@ -433,6 +437,8 @@ help)
     if [ "$code" != 0 ] || ! grep -q '^Usage: tavknx' "$tmp/out" || ! grep -q 'Examples' "$tmp/out"; then
       fail $command --help
     fi
+    # No heading over nothing: an "Options of" line is followed by an option.
+    if grep -A1 '^Options of' "$tmp/out" | grep -qx ''; then fail $command --help "(empty Options heading)"; fi
   done
   ;;
 examples)

@@ -104,7 +104,9 @@ int Run(int argc, char** argv)
             return Usage("", "unknown command '" + shown + "'; expected one of " + CommandNames(commands));
         }
 
-        po::options_description options(std::string("Options of ") + command->name);
+        // A command without options of its own gets no heading over nothing.
+        po::options_description options(command->addOptions != nullptr ? std::string("Options of ") + command->name
+                                                                        : std::string());
         if (command->addOptions != nullptr)
         {
             command->addOptions(options);

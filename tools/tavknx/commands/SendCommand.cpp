@@ -59,7 +59,7 @@ KNXDPT DptArgument(const Invocation& invocation, std::uint16_t groupAddress)
     const KNXDPT* dpt = map.Find(groupAddress);
     if (dpt == nullptr || (dpt->main == 0 && dpt->sub == 0))
     {
-        throw UsageError("GA: " + FormatGroupAddress(groupAddress) +
+        throw UsageError("GA: " + FormatGroupAddressLike(groupAddress, invocation.args[0]) +
                          " has no DPT in the map; give one: send GA DPT VALUE");
     }
     return KNXDPT{0, dpt->main, dpt->sub};
@@ -125,7 +125,7 @@ int ReadRequest(const Invocation& invocation, const std::string& url)
             map = LoadMapOption(invocation, log4cplus::Logger::getInstance("tavknx.send"), LogFile::SendCommand, 1);
         }
     }
-    const std::string ga = FormatGroupAddress(groupAddress);
+    const std::string ga = FormatGroupAddressLike(groupAddress, invocation.args[0]);
     InstallStopHandlers();
     using Clock = std::chrono::steady_clock;
     try
@@ -185,7 +185,7 @@ int RunSend(const Invocation& invocation)
     const int code = Send(url, groupAddress, MakeWriteApdu(*groupValue));
     if (code == kExitDone)
     {
-        const std::string ga = FormatGroupAddress(groupAddress);
+        const std::string ga = FormatGroupAddressLike(groupAddress, invocation.args[0]);
         JsonObject object = GroupValueResultJson(dpt, *groupValue);
         object.Add("ga", ga).Add("kind", "write");
         if (verdict == CodecVerdict::Clamped)

@@ -93,6 +93,14 @@ decode)
   # 31 April passes the validity check and reaches the calendar: its exception leaves the library.
   expect_err 3 'tavknx: exception: Day of month is not valid for year' decode 11.001 1f0418
   expect 3 '' decode 11.001 1f0418 --json
+  # The shipped log4cplus example logs to stderr and writes no file.
+  (cd "$tmp" && "${runner[@]}" "$tavknx" --log-config "$OLDPWD/../../examples/log4cplus.properties" decode 9.001 0c \
+    >"$tmp/out" 2>"$tmp/err")
+  code=$?
+  if [ "$code" != 1 ] || ! grep -qF 'ERROR GroupValueOkaValue.cpp' "$tmp/err" ||
+    grep -v '^#' ../../examples/log4cplus.properties | grep -q 'FileAppender'; then
+    fail --log-config examples/log4cplus.properties
+  fi
   # --log-level off silences the log, the result stays.
   run decode 9.001 0c --log-level off
   if [ "$code" != 1 ] || [ -s "$tmp/err" ]; then fail decode 9.001 0c --log-level off; fi

@@ -56,6 +56,6 @@ fi
 env -u LD_LIBRARY_PATH "${runner[@]}" "$tmp/consumer/tavversion"
 
 # The installed tool runs from its prefix and finds its installed sample telegrams.
-test "$("${runner[@]}" "$prefix/bin/tavknx" decode 9.001 0c1a)" = "9.1: Float 21 [ivt 3, sub-type 0]"
+test "$("${runner[@]}" "$prefix/bin/tavknx" decode 9.001 0c1a)" = "9.001 DPT_Value_Temp: 21.00 °C = Float 21 [ivt 3, sub-type 0]"
 "${runner[@]}" "$prefix/bin/tavknx" demo >"$tmp/demo.txt" 2>/dev/null
 grep -qF "from $prefix/share/tavobjectmodel/telegrams.txt" "$tmp/demo.txt"

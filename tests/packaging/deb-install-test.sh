@@ -74,6 +74,9 @@ if ! grep -qE "libtavobjectmodel\\.so\\.1 => (/usr)?/lib/$multiarch/libtavobject
   exit 1
 fi
 "${clean_env[@]}" "$tmp/consumer/tavconsumer"
+for example in tavtableconversion tavswitchcodec tavdevicerequest; do
+  "${clean_env[@]}" "$tmp/consumer/$example" >/dev/null
+done
 
 # The same program built with the flags of the pkg-config file.
 read -r -a pc_flags <<<"$("${clean_env[@]}" pkg-config --cflags --libs tavobjectmodel)"

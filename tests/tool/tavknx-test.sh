@@ -126,6 +126,8 @@ encode)
   expect 0 '7.001 DPT_Value_2_Ucount: 1234 (16 bits)' encode 7.001 4660
   expect 0 '11.001 DPT_Date: 1e0418 (24 bits)' encode 11.001 2024-04-30
   expect 0 '16.001 DPT_String_8859_1: 48656c6c6f000000000000000000 (112 bits)' encode 16.001 Hello
+  expect 0 '16.001 DPT_String_8859_1: 31323a3330000000000000000000 (112 bits)' encode 16.001 12:30
+  expect 0 '9.001 DPT_Value_Temp: 0c33 (16 bits)' encode 9.001 3:21.5
   # Times: the weekday by name or the value model's number (1 = Monday), none = no day (0 on the bus).
   expect 0 '10.001 DPT_TimeOfDay: 2c1e00 (24 bits)' encode 10.001 12:30:00/Mon
   expect 0 '10.001 DPT_TimeOfDay: 2c1e00 (24 bits)' encode 10.001 daytime:12:30:00/1

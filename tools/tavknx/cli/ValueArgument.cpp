@@ -259,10 +259,13 @@ OKAVALUE ParseValue(const std::string& argument, const KNXDPT& dpt)
 {
     const OkaValueType type = Okaro::KnxLdsMapping::GetIvtFromDpt(PackDpt(dpt));
     const std::string prefix = boost::algorithm::to_lower_copy(argument.substr(0, argument.find(':')));
-    const bool bareTime = (type == ivtTime || type == ivtDayTime || type == ivtDateTime) &&
-                          (Matches(argument.substr(0, 8), "dd:dd:dd") || Matches(argument.substr(0, 19), "dddd-dd-ddTdd:dd:dd"));
-    const bool typed = !bareTime && (IsTypeName(prefix) || (argument.find(':') != std::string::npos &&
-                                                            prefix.find_first_not_of("0123456789") == std::string::npos));
+    const bool bareTime =
+        (type == ivtTime || type == ivtDayTime || type == ivtDateTime) &&
+        (Matches(argument.substr(0, 8), "dd:dd:dd") || Matches(argument.substr(0, 19), "dddd-dd-ddTdd:dd:dd"));
+    // A type code before ':' ("1039:21.5"), except in a text, where "12:30" is the text.
+    const bool coded = argument.find(':') != std::string::npos && type != ivtString &&
+                       prefix.find_first_not_of("0123456789") == std::string::npos;
+    const bool typed = !bareTime && (IsTypeName(prefix) || coded);
     // A word before ':' that is no type name is a typo of one, except in a text.
     const bool misspelt = argument.find(':') != std::string::npos && !prefix.empty() && type != ivtString &&
                           prefix.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;

@@ -364,17 +364,17 @@ project)
   expect 0 'project P-0242: Haus & Hof
   schema 20, tool 5.7.1093.38570, group address style ThreeLevel, last modified 2023-05-04T10:11:12.123Z
 group addresses: 5
-  0/0/1  -    Unused
-  1/0/0  1.1  Kitchen light
-  1/0/1  1.1  Kitchen light central
-  1/0/2  1    Kitchen light status
-  2/2/0  9.1  Living temperature (data secure)
+  0/0/1  -      Unused
+  1/0/0  1.001  Kitchen light
+  1/0/1  1.001  Kitchen light central
+  1/0/2  1      Kitchen light status
+  2/2/0  9.001  Living temperature (data secure)
 devices: 2
   1.1.2  Temperature Sensor, order number TS-1.01, manufacturer MDT technologies
-    3  Temperature  Measure  9.1  CRT  2/2/0
+    3  Temperature  Measure  9.001  CRT  2/2/0
   1.1.5  Kitchen actuator, order number AKS-1216.01, manufacturer MDT technologies
-    0  Channel A  Switch on/off  1.1  CWU  1/0/0  1/0/1
-    1  Kitchen status  Status  1.11  CRT  1/0/2' project "$tmp/ets5.knxproj"
+    0  Channel A  Switch on/off  1.001  CWU  1/0/0  1/0/1
+    1  Kitchen status  Status  1.011  CRT  1/0/2' project "$tmp/ets5.knxproj"
   # The application program of 1.1.2 is not in the archive: its objects come from the instance.
   expect_err 0 'WARN  ProjectXmlReader.cpp:111 ReadProject - device 1.1.2: application program M-0083_A-0099-10-AAAA is missing' \
     project "$tmp/ets5.knxproj"

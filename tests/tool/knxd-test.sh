@@ -137,7 +137,7 @@ case "$group" in
     wait "$read_pid"
     read_code=$?
     [ "$read_code" = 0 ] && [ -z "$(cat "$tmp/read.err")" ] &&
-      sed -E 's/^[^ ]+ [^ ]+ /T S /' "$tmp/read.out" | grep -qxF 'T S 1/0/3 response 0c1a (16 bits) 9.001 codec: Float 21 [ivt 3, sub-type 0] | table: Float 21 [ivt 3, sub-type 0]' ||
+      sed -E 's/^[^ ]+ [^ ]+ /T S /' "$tmp/read.out" | grep -qxF 'T S 1/0/3 response 0c1a (16 bits) 9.001 DPT_Value_Temp codec: 21.00 °C = Float 21 [ivt 3, sub-type 0] | table: 21.00 °C = Float 21 [ivt 3, sub-type 0]' ||
       fail "send --read: exit $read_code, stdout $(cat "$tmp/read.out"), stderr $(cat "$tmp/read.err")"
     # No response: exit 1 after the time-out, the reason on stderr, nothing on stdout.
     "${runner[@]}" "$tavknx" send --url "$url" --read 1/0/9 --timeout 1 --json >"$tmp/read.out" 2>"$tmp/read.err"
@@ -186,7 +186,7 @@ case "$group" in
     knxtool_run groupswrite 1/0/1 1
     wait_monitor
     [ "$monitor_code" = 0 ] && [ "$(sed -E 's/^[^ ]+ [^ ]+ //' "$tmp/mon.out")" = '2/2/7 write 01 (6 bits)
-1/0/1 write 01 (6 bits) 1.001 codec: Bool true [ivt 2, sub-type 0] | table: Bool true [ivt 2, sub-type 0]' ] ||
+1/0/1 write 01 (6 bits) 1.001 DPT_Switch codec: on = Bool true [ivt 2, sub-type 0] | table: on = Bool true [ivt 2, sub-type 0]' ] ||
       fail "monitor --filter: exit $monitor_code: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
     # A map without a usable line is bad usage too, its first problems named.
     printf 'Group name\tAddress\n"Kitchen"\t1/1/1\n' >"$tmp/no-dpt.csv"
@@ -233,7 +233,7 @@ case "$group" in
     start_monitor --map "$tmp/ets6-protected.knxproj" --password-file "$tmp/password" --count 1 --timeout 60 || exit 1
     knxtool_run groupswrite 1/0/0 1
     wait_monitor
-    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.001 codec: ' "$tmp/mon.out" ||
+    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.001 DPT_Switch codec: ' "$tmp/mon.out" ||
       fail "protected project map with --password-file: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
     # send with the project as its map: the DPT comes from the group address.
     start_monitor --map "$tmp/ets5.knxproj" --count 2 --timeout 60 || exit 1
@@ -243,8 +243,8 @@ case "$group" in
     wait_monitor
     [ "$(cat "$tmp/send.out")" = "1/0/0 write 1.001 DPT_Switch: 01 (1 bit)
 2/2/0 write 9.001 DPT_Value_Temp: 0c1a (16 bits)" ] || fail "send --map: $(cat "$tmp/send.out")"
-    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.001 codec: Bool true' "$tmp/mon.out" &&
-      grep -qF ' 2/2/0 "Living temperature" write 0c1a (16 bits) 9.001 codec: Float 21' "$tmp/mon.out" ||
+    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.001 DPT_Switch codec: on = Bool true' "$tmp/mon.out" &&
+      grep -qF ' 2/2/0 "Living temperature" write 0c1a (16 bits) 9.001 DPT_Value_Temp codec: 21.00 °C = Float 21' "$tmp/mon.out" ||
       fail "send --map, as the monitor saw it: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
     for password in "" wrong; do
       TAVKNX_PROJECT_PASSWORD="$password" "${runner[@]}" "$tavknx" monitor --url "$url" \
@@ -306,7 +306,7 @@ case "$group" in
     wait_monitor
     [ "$monitor_code" = 0 ] || fail "Ctrl-C: exit $monitor_code, expected 0"
     [ $((SECONDS - started)) -le 2 ] || fail "Ctrl-C: the monitor took $((SECONDS - started)) s to end"
-    grep -q ' 1/0/3 write 0c1a (16 bits) 9.001 codec: Float 21 \[ivt 3, sub-type 0\] | table: Float 21 \[ivt 3, sub-type 0\]$' \
+    grep -q ' 1/0/3 write 0c1a (16 bits) 9.001 DPT_Value_Temp codec: 21.00 °C = Float 21 \[ivt 3, sub-type 0\] | table: 21.00 °C = Float 21 \[ivt 3, sub-type 0\]$' \
       "$tmp/mon.out" || fail "Ctrl-C: the text line is not as expected: $(cat "$tmp/mon.out")"
     # A reader that goes away ends the monitor too (at the next line it cannot write).
     mkfifo "$tmp/pipe"

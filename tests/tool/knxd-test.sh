@@ -418,6 +418,44 @@ case "$group" in
     # A time-out without a count is the normal end.
     expect_run 0 "" "" monitor --url "$url" --timeout 1
     ;;
+  examples)
+    # The --help examples of the live-bus and project commands (tavknx-test.sh runs the others)
+    # against the private daemon and the fixture project: the URL and files replaced, waits
+    # cut to a second. Each must run (exit 0; exit 1 only for a monitor or a read request
+    # that saw nothing in that second), never be bad usage.
+    "${runner[@]}" "$TAV_KNXPROJ_FIXTURE" "$tmp/installation.knxproj" 20 || fail "KnxprojFixture failed"
+    : >"$tmp/password"
+    examples=0
+    for command in "" monitor send project; do
+      "${runner[@]}" "$tavknx" $command --help >"$tmp/help" 2>&1
+      sed -n '/^Examples/,$p' "$tmp/help" | grep -E '^  ([A-Z_]+=[^ ]+ )?tavknx (monitor|send|project)' |
+        sed -E 's/^ +//; s/ {2,}[^ ].*$//' >"$tmp/examples"
+      while IFS= read -r line; do
+        args="$(sed -E 's/^ *([A-Z_]+=[^ ]+ )?tavknx //; s/ --url [^ ]+//; s/ --timeout [0-9]+//; s/ > [^ ]+$//' <<<"$line")"
+        args="${args//groups.txt/$data/live-map.txt}"
+        args="${args//export.csv/$data/map-export.csv}"
+        args="${args//installation.knxproj/$tmp/installation.knxproj}"
+        args="${args//\~\/.knxproj-password/$tmp/password}"
+        case "$args" in
+          project*) ;;
+          monitor*) args="$args --url $url --timeout 1" ;;
+          send\ --read*) args="$args --url $url --timeout 1" ;;
+          *) args="$args --url $url" ;;
+        esac
+        eval "\"\${runner[@]}\" \"\$tavknx\" $args" >"$tmp/out" 2>"$tmp/err" </dev/null
+        code=$?
+        examples=$((examples + 1))
+        case "$code/$args" in
+          0/*) ;;
+          1/monitor*) grep -qF 'time-out with 0 of' "$tmp/err" || fail "example '$line': exit 1: $(cat "$tmp/err")" ;;
+          1/send\ --read*) grep -qF 'no response to the read request' "$tmp/err" ||
+            fail "example '$line': exit 1: $(cat "$tmp/err")" ;;
+          *) fail "example '$line' (run as tavknx $args): exit $code: $(cat "$tmp/err")" ;;
+        esac
+      done <"$tmp/examples"
+    done
+    [ "$examples" -ge 12 ] || fail "only $examples live-bus and project examples found"
+    ;;
   *)
     echo "unknown group $group" >&2
     exit 2

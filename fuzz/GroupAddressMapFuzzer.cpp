@@ -1,10 +1,13 @@
-// The group address map on any file content, both formats, and the group address parser on
-// the same text.
+// The group address map on any file content, both formats, and the group address, DPT and
+// hex parsers (the command line's too) on the same text.
 // Layout: the content, as a whole.
 #include "FuzzSupport.h"
 
+#include "knx/DptText.h"
 #include "knx/GroupAddressMap.h"
+#include "knx/HexText.h"
 #include "knx/KnxAddress.h"
+#include "knx/TextError.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -50,6 +53,37 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (address && TavKnx::ParseGroupAddress(TavKnx::FormatGroupAddress(*address)) != address)
     {
         std::abort();
+    }
+
+    // The DPT reader with and without exceptions agrees, and what it reads reads back.
+    const auto dpt = TavKnx::TryParseDpt(content);
+    try
+    {
+        const KNXDPT thrown = TavKnx::ParseDpt(content);
+        if (!dpt || TavKnx::PackDpt(thrown) != TavKnx::PackDpt(*dpt) ||
+            TavKnx::PackDpt(TavKnx::ParseDpt(TavKnx::FormatKnxDpt(thrown))) != TavKnx::PackDpt(thrown))
+        {
+            std::abort();
+        }
+    }
+    catch (const TavKnx::TextError&)
+    {
+        if (dpt)
+        {
+            std::abort();
+        }
+    }
+    // Bytes that read read back the same from their plain form.
+    try
+    {
+        const std::vector<std::uint8_t> bytes = TavKnx::ParseHex(content);
+        if (TavKnx::ParseHex(TavKnx::FormatHex(bytes)) != bytes)
+        {
+            std::abort();
+        }
+    }
+    catch (const TavKnx::TextError&)
+    {
     }
     return 0;
 }

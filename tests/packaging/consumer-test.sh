@@ -45,6 +45,24 @@ cmake -S "$consumer" -B "$tmp/consumer" -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BU
   "${consumer_args[@]}" >/dev/null
 cmake --build "$tmp/consumer" >/dev/null
 LD_LIBRARY_PATH="$libdir" "${runner[@]}" "$tmp/consumer/tavconsumer"
+# One program per use, built against the installed files only, with their exact output.
+test "$(LD_LIBRARY_PATH="$libdir" "${runner[@]}" "$tmp/consumer/tavtableconversion")" = "21.5 on 9.001 -> 0c33 (16 bits)
+and back -> Float 21.5"
+test "$(LD_LIBRARY_PATH="$libdir" "${runner[@]}" "$tmp/consumer/tavswitchcodec")" = "on for 1.001 -> 01 (1 bit)
+and back -> Bool true"
+test "$(LD_LIBRARY_PATH="$libdir" "${runner[@]}" "$tmp/consumer/tavdevicerequest")" = "SetValue 100101: answered yes, reply '21.5'
+GetValue 100101: answered yes, reply '21.5'"
+
+# A pkg-config build in the custom prefix: the flags from the installed tavobjectmodel.pc, and a
+# run path to the prefix's library directory, so that the program starts without
+# LD_LIBRARY_PATH (as the README shows).
+if [ -z "${TAV_TOOLCHAIN_FILE:-}" ] && [ -z "${TAV_SANITIZE:-}" ]; then
+  read -r -a pc_flags <<<"$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --define-variable=prefix="$prefix" \
+    --cflags --libs tavobjectmodel)"
+  c++ -std=c++17 -o "$tmp/tavtableconversion-pc" "$consumer/table_conversion.cpp" "${pc_flags[@]}" \
+    -Wl,-rpath,"$libdir"
+  env -u LD_LIBRARY_PATH "$tmp/tavtableconversion-pc" >/dev/null
+fi
 
 # A program that needs only libtavobjectmodel's symbols does not list libtavplatform.so.1 (it is
 # linked as-needed); it starts from the custom prefix without LD_LIBRARY_PATH only because the
@@ -56,6 +74,6 @@ fi
 env -u LD_LIBRARY_PATH "${runner[@]}" "$tmp/consumer/tavversion"
 
 # The installed tool runs from its prefix and finds its installed sample telegrams.
-test "$("${runner[@]}" "$prefix/bin/tavknx" decode 9.001 0c1a)" = "9.1: Float 21 [ivt 3, sub-type 0]"
+test "$("${runner[@]}" "$prefix/bin/tavknx" decode 9.001 0c1a)" = "9.001 DPT_Value_Temp: 21.00 °C = Float 21 [ivt 3, sub-type 0]"
 "${runner[@]}" "$prefix/bin/tavknx" demo >"$tmp/demo.txt" 2>/dev/null
 grep -qF "from $prefix/share/tavobjectmodel/telegrams.txt" "$tmp/demo.txt"

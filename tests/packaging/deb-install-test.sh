@@ -74,6 +74,9 @@ if ! grep -qE "libtavobjectmodel\\.so\\.1 => (/usr)?/lib/$multiarch/libtavobject
   exit 1
 fi
 "${clean_env[@]}" "$tmp/consumer/tavconsumer"
+for example in tavtableconversion tavswitchcodec tavdevicerequest; do
+  "${clean_env[@]}" "$tmp/consumer/$example" >/dev/null
+done
 
 # The same program built with the flags of the pkg-config file.
 read -r -a pc_flags <<<"$("${clean_env[@]}" pkg-config --cflags --libs tavobjectmodel)"
@@ -83,7 +86,7 @@ read -r -a pc_flags <<<"$("${clean_env[@]}" pkg-config --cflags --libs tavobject
 # The installed tool, with its installed sample telegrams.
 tavknx=/usr/bin/tavknx
 "${clean_env[@]}" "$tavknx" --help >/dev/null
-test "$("${clean_env[@]}" "$tavknx" decode 9.001 0c1a)" = "9.1: Float 21 [ivt 3, sub-type 0]"
+test "$("${clean_env[@]}" "$tavknx" decode 9.001 0c1a)" = "9.001 DPT_Value_Temp: 21.00 °C = Float 21 [ivt 3, sub-type 0]"
 "${clean_env[@]}" "$tavknx" demo >"$tmp/demo.txt" 2>/dev/null
 grep -qF "from /usr/share/tavobjectmodel/telegrams.txt" "$tmp/demo.txt"
 echo "deb-install-test: installed ${packages[*]}; consumer (CMake and pkg-config) and tavknx ran"

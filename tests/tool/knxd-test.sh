@@ -114,7 +114,10 @@ case "$group" in
     tavknx_send 1/0/8 19.001 datetime:2024-04-30T12:30:00
     # A read request, its response, a group address the map does not know.
     knxtool_run groupread 1/0/3
-    tavknx_send --read 1/0/3
+    # send --read waits for the response and prints it decoded; the other response is not it.
+    "${runner[@]}" "$tavknx" send --url "$url" --read 1/0/3 DPST-9-1 --timeout 30 >"$tmp/read.out" 2>"$tmp/read.err" &
+    read_pid=$!
+    wait_lines 18
     knxtool_run groupsresponse 1/0/1 1
     "${runner[@]}" "$sender" "$url" 1 1/0/3 00400c1a >/dev/null || fail "ApduSender failed"
     knxtool_run groupwrite 2/0/0 12
@@ -131,11 +134,31 @@ case "$group" in
     grep -v "listening to knxd" "$tmp/mon.err" >"$tmp/mon.log"
     compare "$data/live-e2e.expected.log" "$tmp/mon.log" "the monitor's log"
     compare "$data/live-e2e.expected-send.txt" "$tmp/send.out" "tavknx send's output"
+    wait "$read_pid"
+    read_code=$?
+    [ "$read_code" = 0 ] && [ -z "$(cat "$tmp/read.err")" ] &&
+      sed -E 's/^[^ ]+ [^ ]+ /T S /' "$tmp/read.out" | grep -qxF 'T S 1/0/3 response 0c1a (16 bits) 9.001 DPT_Value_Temp codec: 21.00 °C = Float 21 [ivt 3, sub-type 0] | table: 21.00 °C = Float 21 [ivt 3, sub-type 0]' ||
+      fail "send --read: exit $read_code, stdout $(cat "$tmp/read.out"), stderr $(cat "$tmp/read.err")"
+    # No response: exit 1 after the time-out, the reason on stderr, nothing on stdout.
+    "${runner[@]}" "$tavknx" send --url "$url" --read 1/0/9 --timeout 1 --json >"$tmp/read.out" 2>"$tmp/read.err"
+    read_code=$?
+    [ "$read_code" = 1 ] && [ ! -s "$tmp/read.out" ] &&
+      [ "$(cat "$tmp/read.err")" = "tavknx send: no response to the read request of 1/0/9 within 1 s" ] ||
+      fail "send --read without response: exit $read_code, stdout $(cat "$tmp/read.out"), stderr $(cat "$tmp/read.err")"
+    # A clamped value is sent with a WARN; --strict sends nothing.
+    "${runner[@]}" "$tavknx" send --url "$url" 1/0/3 9.001 700000 --json >"$tmp/out" 2>"$tmp/err"
+    [ $? = 0 ] && [ "$(cat "$tmp/out")" = '{"ok":true,"dpt":"9.1","hex":"7ffe","bits":16,"name":"DPT_Value_Temp","unit":"°C","ga":"1/0/3","kind":"write","clamped":true}' ] &&
+      grep -qF 'WARN  CodecWarning.cpp:40 CheckCodec - 9.001 DPT_Value_Temp: the codec clamps 700000 to 7ffe' "$tmp/err" ||
+      fail "send of a clamped value: $(cat "$tmp/out") $(cat "$tmp/err")"
+    "${runner[@]}" "$tavknx" send --url "$url" 1/0/3 9.001 700000 --strict >"$tmp/out" 2>"$tmp/err"
+    [ $? = 1 ] && [ "$(cat "$tmp/out")" = '9.001 DPT_Value_Temp: refused (the codec clamps 700000 to 7ffe, which reads back as 670433.28; --strict refuses it)' ] ||
+      fail "send --strict of a clamped value: $(cat "$tmp/out") $(cat "$tmp/err")"
     ;;
   map)
     # Both map formats: the same telegrams decoded through each; malformed lines reported with
     # their line numbers and skipped, the good lines used.
-    for map in map-simple.txt map-export.csv map-export-comma.csv map-malformed.txt map-export-malformed.csv; do
+    for map in map-simple.txt map-export.csv map-export-comma.csv map-export-tab.csv map-malformed.txt \
+      map-export-malformed.csv; do
       start_monitor --map "$data/$map" --count 5 --timeout 60 --json || exit 1
       knxtool_run groupswrite 1/1/1 1
       knxtool_run groupwrite 1/2/1 80
@@ -154,6 +177,23 @@ case "$group" in
     code=$?
     [ "$code" = 2 ] && grep -qF -- "tavknx monitor: --map: cannot read map file '$tmp/missing.txt'" "$tmp/err" ||
       fail "missing map: exit $code, stderr $(cat "$tmp/err")"
+    # --filter: one address and a middle group; the others neither shown nor counted.
+    start_monitor --map "$data/live-map.txt" --filter 1/0/1 --filter 2/2/* --count 2 --timeout 60 || exit 1
+    knxtool_run groupswrite 3/0/0 1
+    knxtool_run groupswrite 1/0/2 1
+    knxtool_run groupswrite 2/3/0 1
+    knxtool_run groupswrite 2/2/7 1
+    knxtool_run groupswrite 1/0/1 1
+    wait_monitor
+    [ "$monitor_code" = 0 ] && [ "$(sed -E 's/^[^ ]+ [^ ]+ //' "$tmp/mon.out")" = '2/2/7 write 01 (6 bits)
+1/0/1 write 01 (6 bits) 1.001 DPT_Switch codec: on = Bool true [ivt 2, sub-type 0] | table: on = Bool true [ivt 2, sub-type 0]' ] ||
+      fail "monitor --filter: exit $monitor_code: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
+    # A map without a usable line is bad usage too, its first problems named.
+    printf 'Group name\tAddress\n"Kitchen"\t1/1/1\n' >"$tmp/no-dpt.csv"
+    "${runner[@]}" "$tavknx" monitor --url "$url" --map "$tmp/no-dpt.csv" >"$tmp/out" 2>"$tmp/err"
+    code=$?
+    [ "$code" = 2 ] && [ ! -s "$tmp/out" ] && grep -qxF -- "tavknx monitor: --map: '$tmp/no-dpt.csv' gives no group address a DPT: line 1: malformed line, expected \"group address;DPT\": 'Group name?Address'; line 2: malformed line, expected \"group address;DPT\": '\"Kitchen\"?1/1/1'" "$tmp/err" ||
+      fail "map without a usable line: exit $code, stderr $(cat "$tmp/err")"
     ;;
   project)
     # An ETS project as the map (written by KnxprojFixture): its DPTs decode, its names show,
@@ -193,7 +233,7 @@ case "$group" in
     start_monitor --map "$tmp/ets6-protected.knxproj" --password-file "$tmp/password" --count 1 --timeout 60 || exit 1
     knxtool_run groupswrite 1/0/0 1
     wait_monitor
-    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.1 codec: ' "$tmp/mon.out" ||
+    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.001 DPT_Switch codec: ' "$tmp/mon.out" ||
       fail "protected project map with --password-file: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
     # send with the project as its map: the DPT comes from the group address.
     start_monitor --map "$tmp/ets5.knxproj" --count 2 --timeout 60 || exit 1
@@ -201,10 +241,10 @@ case "$group" in
     tavknx_send --map "$tmp/ets5.knxproj" 1/0/0 bool:true
     tavknx_send --map "$tmp/ets5.knxproj" 2/2/0 float:21
     wait_monitor
-    [ "$(cat "$tmp/send.out")" = "1/0/0 write 1.1: 01 (1 bits)
-2/2/0 write 9.1: 0c1a (16 bits)" ] || fail "send --map: $(cat "$tmp/send.out")"
-    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.1 codec: Bool true' "$tmp/mon.out" &&
-      grep -qF ' 2/2/0 "Living temperature" write 0c1a (16 bits) 9.1 codec: Float 21' "$tmp/mon.out" ||
+    [ "$(cat "$tmp/send.out")" = "1/0/0 write 1.001 DPT_Switch: 01 (1 bit)
+2/2/0 write 9.001 DPT_Value_Temp: 0c1a (16 bits)" ] || fail "send --map: $(cat "$tmp/send.out")"
+    grep -qF ' 1/0/0 "Kitchen light" write 01 (6 bits) 1.001 DPT_Switch codec: on = Bool true' "$tmp/mon.out" &&
+      grep -qF ' 2/2/0 "Living temperature" write 0c1a (16 bits) 9.001 DPT_Value_Temp codec: 21.00 °C = Float 21' "$tmp/mon.out" ||
       fail "send --map, as the monitor saw it: $(cat "$tmp/mon.out") $(cat "$tmp/mon.err")"
     for password in "" wrong; do
       TAVKNX_PROJECT_PASSWORD="$password" "${runner[@]}" "$tavknx" monitor --url "$url" \
@@ -266,7 +306,7 @@ case "$group" in
     wait_monitor
     [ "$monitor_code" = 0 ] || fail "Ctrl-C: exit $monitor_code, expected 0"
     [ $((SECONDS - started)) -le 2 ] || fail "Ctrl-C: the monitor took $((SECONDS - started)) s to end"
-    grep -q ' 1/0/3 write 0c1a (16 bits) 9.1 codec: Float 21 \[ivt 3, sub-type 0\] | table: Float 21 \[ivt 3, sub-type 0\]$' \
+    grep -q ' 1/0/3 write 0c1a (16 bits) 9.001 DPT_Value_Temp codec: 21.00 °C = Float 21 \[ivt 3, sub-type 0\] | table: 21.00 °C = Float 21 \[ivt 3, sub-type 0\]$' \
       "$tmp/mon.out" || fail "Ctrl-C: the text line is not as expected: $(cat "$tmp/mon.out")"
     # A reader that goes away ends the monitor too (at the next line it cannot write).
     mkfifo "$tmp/pipe"
@@ -359,7 +399,10 @@ case "$group" in
     expect_run 2 "" "$(usage send "GA: expected a group address MAIN/MIDDLE/SUB (0-31/0-7/0-255) or MAIN/SUB (0-31/0-2047), got '1/8/0'")" \
       send --url "$url" 1/8/0 9.001 float:1
     expect_run 2 "" "$(usage send "expected GA DPT VALUE, got 2 arguments")" send --url "$url" 1/0/3 9.001
-    expect_run 2 "" "$(usage send "expected GA, got 2 arguments (first extra: '9.001')")" send --url "$url" --read 1/0/3 9.001
+    expect_run 2 "" "$(usage send "expected GA [DPT], got 3 arguments (first extra: 'x')")" \
+      send --url "$url" --read 1/0/3 9.001 x
+    expect_run 2 "" "$(usage send "--timeout: expected a number of seconds from 1 to 3600, got '0'")" \
+      send --url "$url" --read 1/0/3 --timeout 0
     expect_run 2 "" "$(usage monitor "--count: expected a number of telegrams from 1 on, got '0'")" \
       monitor --url "$url" --count 0
     expect_run 2 "" "$(usage monitor "--timeout: expected a number of seconds from 1 on, got '0'")" \
@@ -374,6 +417,44 @@ case "$group" in
     expect_run 1 "" "tavknx monitor: time-out with 0 of 3 telegrams" monitor --url "$url" --count 3 --timeout 1
     # A time-out without a count is the normal end.
     expect_run 0 "" "" monitor --url "$url" --timeout 1
+    ;;
+  examples)
+    # The --help examples of the live-bus and project commands (tavknx-test.sh runs the others)
+    # against the private daemon and the fixture project: the URL and files replaced, waits
+    # cut to a second. Each must run (exit 0; exit 1 only for a monitor or a read request
+    # that saw nothing in that second), never be bad usage.
+    "${runner[@]}" "$TAV_KNXPROJ_FIXTURE" "$tmp/installation.knxproj" 20 || fail "KnxprojFixture failed"
+    : >"$tmp/password"
+    examples=0
+    for command in "" monitor send project; do
+      "${runner[@]}" "$tavknx" $command --help >"$tmp/help" 2>&1
+      sed -n '/^Examples/,$p' "$tmp/help" | grep -E '^  ([A-Z_]+=[^ ]+ )?tavknx (monitor|send|project)' |
+        sed -E 's/^ +//; s/ {2,}[^ ].*$//' >"$tmp/examples"
+      while IFS= read -r line; do
+        args="$(sed -E 's/^ *([A-Z_]+=[^ ]+ )?tavknx //; s/ --url [^ ]+//; s/ --timeout [0-9]+//; s/ > [^ ]+$//' <<<"$line")"
+        args="${args//groups.txt/$data/live-map.txt}"
+        args="${args//export.csv/$data/map-export.csv}"
+        args="${args//installation.knxproj/$tmp/installation.knxproj}"
+        args="${args//\~\/.knxproj-password/$tmp/password}"
+        case "$args" in
+          project*) ;;
+          monitor*) args="$args --url $url --timeout 1" ;;
+          send\ --read*) args="$args --url $url --timeout 1" ;;
+          *) args="$args --url $url" ;;
+        esac
+        eval "\"\${runner[@]}\" \"\$tavknx\" $args" >"$tmp/out" 2>"$tmp/err" </dev/null
+        code=$?
+        examples=$((examples + 1))
+        case "$code/$args" in
+          0/*) ;;
+          1/monitor*) grep -qF 'time-out with 0 of' "$tmp/err" || fail "example '$line': exit 1: $(cat "$tmp/err")" ;;
+          1/send\ --read*) grep -qF 'no response to the read request' "$tmp/err" ||
+            fail "example '$line': exit 1: $(cat "$tmp/err")" ;;
+          *) fail "example '$line' (run as tavknx $args): exit $code: $(cat "$tmp/err")" ;;
+        esac
+      done <"$tmp/examples"
+    done
+    [ "$examples" -ge 12 ] || fail "only $examples live-bus and project examples found"
     ;;
   *)
     echo "unknown group $group" >&2

@@ -41,18 +41,20 @@ void PrintToolHelp(const std::vector<Command>& commands, std::ostream& out)
         out << "  " << command.usage << "\n      " << command.summary << "\n";
     }
     out << "\n" << CommonOptions() << "\n"
-        << "DPT is MAIN.SUB in decimal (9.001 = 9.1), HEX the group value's bytes (0c1a),\n"
-        << "VALUE is TYPE:TEXT (float:21.5, bool:true, date:2024-04-30, time:12:30:00/1, string:Hi).\n"
-        << "Exit codes: 0 done, 1 the library refused (monitor, send: or knxd could not be reached),\n"
-        << "2 bad usage, 3 an exception left the library.\n\n"
+        << "DPT is MAIN.SUB in decimal as ETS writes it (9.001 = 9.1 = 9,001 = DPST-9-1 = DPT9.001; 9 =\n"
+        << "DPT-9), HEX the group value's bytes (0c1a, \"0C 1A\", 0c:1a, 0x0c1a), VALUE the text alone,\n"
+        << "read as the DPT's value type (21.5, on, 12:30:00/Mon), or TYPE:TEXT (float:21.5, bool:true,\n"
+        << "date:2024-04-30, daytime:12:30:00/Mon, string:Hi).\n"
+        << "Exit codes: 0 done, 1 the library refused (monitor, send: or knxd could not be reached, or\n"
+        << "no response came), 2 bad usage, 3 an exception left the library.\n\n"
         << "Examples:\n"
         << "  tavknx decode 9.001 0c1a\n"
         << "  tavknx from-knx 1.001 01 --json\n"
-        << "  tavknx encode 9.001 float:21.5\n"
+        << "  tavknx encode DPST-9-1 21.5\n"
         << "  tavknx ids describe 100101\n"
         << "  tavknx demo\n"
         << "  tavknx monitor --map groups.txt           live telegrams through knxd\n"
-        << "  tavknx send 2/0/3 9.001 float:21.5\n"
+        << "  tavknx send 2/0/3 9.001 21.5\n"
         << "  tavknx project installation.knxproj       the ETS project's group addresses and devices\n";
 }
 
@@ -104,7 +106,9 @@ int Run(int argc, char** argv)
             return Usage("", "unknown command '" + shown + "'; expected one of " + CommandNames(commands));
         }
 
-        po::options_description options(std::string("Options of ") + command->name);
+        // A command without options of its own gets no heading over nothing.
+        po::options_description options(command->addOptions != nullptr ? std::string("Options of ") + command->name
+                                                                        : std::string());
         if (command->addOptions != nullptr)
         {
             command->addOptions(options);

@@ -121,10 +121,9 @@ TEST(GroupAddressMapSimpleTest, ReadsTwoLevelAddresses)
 
 TEST(GroupAddressMapSimpleTest, ReportsBadDpts)
 {
-    const std::vector<std::string> bad = {"DPST-9",   "DPST-9-1-2", "DPT-9-1", "DPST-9.1-1", "dpst-9-1", "9.",
-                                          ".1",       "x",          "65536",   "9.65536",    "DPT-",     "DPST--1",
-                                          "9.1.1",    "-9",         "+9",      "9 .1",       "DPST-x-1", "DPT-9.1",
-                                          "9,1"};
+    const std::vector<std::string> bad = {"DPST-9", "DPST-9-1-2", "DPT-9-1", "DPST-9.1-1", "9.",      ".1",
+                                          "x",      "65536",      "9.65536", "DPT-",       "DPST--1", "9.1.1",
+                                          "-9",     "+9",         "9 .1",    "DPST-x-1",   "9,1,1",   "DPT9-1"};
     std::string content;
     std::vector<std::string> expected;
     for (std::size_t i = 0; i < bad.size(); ++i)
@@ -135,6 +134,17 @@ TEST(GroupAddressMapSimpleTest, ReportsBadDpts)
     const Parsed parsed = ParseText(content);
     EXPECT_EQ(parsed.problems, expected);
     EXPECT_EQ(parsed.map.Size(), 0u);
+}
+
+TEST(GroupAddressMapSimpleTest, ReadsTheDptFormsOfTheCommandLine)
+{
+    const Parsed parsed = ParseText("1/1/1;dpst-9-1\n1/1/2;DPT-9.001\n1/1/3;9,001\n1/1/4;DPT9.001\n1/1/5;dpt-5\n");
+    EXPECT_THAT(parsed.problems, ElementsAre());
+    EXPECT_EQ(DptOf(parsed.map, "1/1/1"), "9.1");
+    EXPECT_EQ(DptOf(parsed.map, "1/1/2"), "9.1");
+    EXPECT_EQ(DptOf(parsed.map, "1/1/3"), "9.1");
+    EXPECT_EQ(DptOf(parsed.map, "1/1/4"), "9.1");
+    EXPECT_EQ(DptOf(parsed.map, "1/1/5"), "5.0");
 }
 
 TEST(GroupAddressMapSimpleTest, RefusesMainNumberZero)
@@ -642,5 +652,21 @@ TEST(GroupAddressMapLoadTest, ReadsAFileOfSixteenMebibytes)
     const GroupAddressMap map = GroupAddressMap::Load(file.Path(), problems);
     EXPECT_EQ(map.Size(), 0u);
     EXPECT_THAT(Listed(problems), ElementsAre("1: " + kMalformedLine + "'" + std::string(40, '?') + "...'"));
+}
+} // namespace
+
+namespace
+{
+TEST(GroupAddressMapTabTest, ReadsATabSeparatedExportWithQuotedAndEmptyFields)
+{
+    const Parsed parsed = ParseText("\"Group name\"\tAddress\tCentral\tDescription\tDatapointType\r\n"
+                                    "Lighting\t1/-/-\t\t\t\r\n"
+                                    "\"Kitchen light\"\t1/1/1\t\"\"\t\"a\tb\"\tDPST-1-1\r\n"
+                                    "Temperature\t 2/0/3 \t\t\"\"\"x\"\"\"\tDPT-9.001\r\n"
+                                    "Short\t1/1/2\r\n");
+    EXPECT_THAT(parsed.problems, ElementsAre("5: row has 2 fields, the header has 5: 'Short?1/1/2'"));
+    EXPECT_EQ(parsed.map.Size(), 2u);
+    EXPECT_EQ(DptOf(parsed.map, "1/1/1"), "1.1");
+    EXPECT_EQ(DptOf(parsed.map, "2/0/3"), "9.1");
 }
 } // namespace

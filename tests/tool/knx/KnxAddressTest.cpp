@@ -96,3 +96,14 @@ TEST(ParseGroupAddressTest, ReadsBackWhatFormatWrites)
     }
 }
 } // namespace
+
+namespace
+{
+TEST(FormatGroupAddressLikeTest, EchoesTwoLevelAddressesInTwoLevels)
+{
+    EXPECT_EQ(TavKnx::FormatTwoLevelGroupAddress(*TavKnx::ParseGroupAddress("4/1024")), "4/1024");
+    EXPECT_EQ(TavKnx::FormatGroupAddressLike(*TavKnx::ParseGroupAddress("4/1024"), "4/1024"), "4/1024");
+    EXPECT_EQ(TavKnx::FormatGroupAddressLike(*TavKnx::ParseGroupAddress("4/4/0"), "4/4/0"), "4/4/0");
+    EXPECT_EQ(TavKnx::FormatGroupAddressLike(*TavKnx::ParseGroupAddress("31/2047"), "31/2047"), "31/2047");
+}
+} // namespace

@@ -88,8 +88,8 @@ TEST(ProjectMapTest, ReportShowsTheNameInTextAndJson)
     const TavKnx::GroupTelegram telegram = TavKnx::ParseGroupTelegram(0x1105, kKitchenLight, apdu.data(), apdu.size());
     const auto received = std::chrono::system_clock::time_point(std::chrono::milliseconds(1795232460123LL));
     EXPECT_EQ(reporter.Report(telegram, received, false),
-              "2026-11-21T03:41:00.123Z 1.1.5 1/0/0 \"Kitchen light\" write 01 (6 bits) 1.1 codec: Bool true [ivt 2, "
-              "sub-type 0] | table: Bool true [ivt 2, sub-type 0]");
+              "2026-11-21T03:41:00.123Z 1.1.5 1/0/0 \"Kitchen light\" write 01 (6 bits) 1.001 DPT_Switch codec: on = Bool "
+              "true [ivt 2, sub-type 0] | table: on = Bool true [ivt 2, sub-type 0]");
     EXPECT_EQ(reporter.Report(telegram, received, true),
               "{\"time\":\"2026-11-21T03:41:00.123Z\",\"source\":\"1.1.5\",\"ga\":\"1/0/0\",\"name\":\"Kitchen light\","
               "\"kind\":\"write\",\"hex\":\"01\",\"bits\":6,\"dpt\":\"1.1\",\"ok\":true,\"ivt\":2,\"type\":\"Bool\","

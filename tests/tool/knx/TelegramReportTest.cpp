@@ -59,8 +59,8 @@ TEST(TelegramReport, MappedWriteAsText)
     const GroupAddressMap map = TestMap();
     TelegramReporter reporter(map);
     EXPECT_EQ(reporter.Report(Telegram(GA(1, 0, 3), {0x00, 0x80, 0x0C, 0x1A}), kReceived, false),
-              "2026-11-21T03:41:00.123Z 1.1.5 1/0/3 write 0c1a (16 bits) 9.1 codec: Float 21 [ivt 3, sub-type 0] | "
-              "table: Float 21 [ivt 3, sub-type 0]");
+              "2026-11-21T03:41:00.123Z 1.1.5 1/0/3 write 0c1a (16 bits) 9.001 DPT_Value_Temp codec: 21.00 °C = Float 21 "
+              "[ivt 3, sub-type 0] | table: 21.00 °C = Float 21 [ivt 3, sub-type 0]");
 }
 
 TEST(TelegramReport, UnmappedGroupAddressHasNoDptAndNoResults)
@@ -85,7 +85,7 @@ TEST(TelegramReport, ReadRequestNamesTheDptButDecodesNothing)
               "{\"time\":\"2026-11-21T03:41:00.123Z\",\"source\":\"1.1.5\",\"ga\":\"1/0/3\",\"kind\":\"read\","
               "\"hex\":\"\",\"bits\":0,\"dpt\":\"9.1\"}");
     EXPECT_EQ(reporter.Report(Telegram(GA(1, 0, 3), {0x00, 0x00}), kReceived, false),
-              "2026-11-21T03:41:00.123Z 1.1.5 1/0/3 read 9.1");
+              "2026-11-21T03:41:00.123Z 1.1.5 1/0/3 read 9.001 DPT_Value_Temp");
     EXPECT_THAT(capture.Lines(), IsEmpty());
 }
 
@@ -108,7 +108,8 @@ TEST(TelegramReport, RefusalIsPrintedWithTheLibrarysReasonsLogged)
     TelegramReporter reporter(map);
     TavTest::LogCapture capture;
     EXPECT_EQ(reporter.Report(Telegram(GA(1, 0, 4), {0x00, 0x80, 0x39, 0x1E, 0x00}), kReceived, false),
-              "2026-11-21T03:41:00.123Z 1.1.5 1/0/4 write 391e00 (24 bits) 10.1 codec: refused | table: refused");
+              "2026-11-21T03:41:00.123Z 1.1.5 1/0/4 write 391e00 (24 bits) 10.001 DPT_TimeOfDay codec: refused | table: "
+              "refused");
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(TavTest::Error("FromKnxValue - No valid TimeOfDay (10.001)!"),
                             TavTest::Error("FromKnxValue - Convert from KNX value failed for DPT = 10.1 GroupValue = "
@@ -131,7 +132,7 @@ TEST(TelegramReport, ExceptionOfTheCodecIsPrintedNotThrown)
               "\"exception\":\"Day of month is not valid for year\",\"table\":{\"ok\":true,\"ivt\":11,"
               "\"type\":\"Date\",\"subType\":0,\"value\":\"2024-04-31\"}}");
     EXPECT_EQ(reporter.Report(telegram, kReceived, false),
-              "2026-11-21T03:41:00.123Z 1.1.5 1/0/5 write 1f0418 (24 bits) 11.1 codec: refused (exception: Day of "
+              "2026-11-21T03:41:00.123Z 1.1.5 1/0/5 write 1f0418 (24 bits) 11.001 DPT_Date codec: refused (exception: Day of "
               "month is not valid for year) | table: Date 2024-04-31 [ivt 11, sub-type 0]");
 }
 
@@ -141,7 +142,7 @@ TEST(TelegramReport, ShortValueOnALongDptIsRefusedForItsSize)
     TelegramReporter reporter(map);
     TavTest::LogCapture capture;
     EXPECT_EQ(reporter.Report(Telegram(GA(1, 0, 3), {0x00, 0x81}), kReceived, false),
-              "2026-11-21T03:41:00.123Z 1.1.5 1/0/3 write 01 (6 bits) 9.1 codec: refused | table: refused");
+              "2026-11-21T03:41:00.123Z 1.1.5 1/0/3 write 01 (6 bits) 9.001 DPT_Value_Temp codec: refused | table: refused");
     EXPECT_THAT(capture.LinesAtOrAbove(log4cplus::INFO_LOG_LEVEL),
                 ElementsAre(TavTest::Error("FromKnxValue - Failed to convert a GroupValue for DPT 9.1 because of "
                                            "unexpected bit size: 6, expected: 16"),

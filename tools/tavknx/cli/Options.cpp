@@ -40,6 +40,26 @@ std::size_t FindCommandIndex(int argc, char** argv, const po::options_descriptio
     return static_cast<std::size_t>(argc);
 }
 
+namespace
+{
+// "-5" and "-21.5" are values (a bare VALUE, an integer), not short options: the tool has
+// no short option that takes a digit.
+std::vector<po::option> NegativeNumbers(std::vector<std::string>& tokens)
+{
+    const std::string& token = tokens.front();
+    if (token.size() < 2 || token[0] != '-' || token.find_first_not_of("0123456789.eE+-", 1) != std::string::npos ||
+        token[1] < '0' || token[1] > '9')
+    {
+        return {};
+    }
+    po::option value;
+    value.value.push_back(token);
+    value.original_tokens.push_back(token);
+    tokens.erase(tokens.begin());
+    return {value};
+}
+} // namespace
+
 po::variables_map ParseOptions(const std::vector<std::string>& tokens, const po::options_description& options,
                                bool positional, std::vector<std::string>& args)
 {
@@ -55,6 +75,7 @@ po::variables_map ParseOptions(const std::vector<std::string>& tokens, const po:
                   .options(all)
                   .positional(positions)
                   .style(po::command_line_style::unix_style ^ po::command_line_style::allow_guessing)
+                  .extra_style_parser(NegativeNumbers)
                   .run(),
               map);
     po::notify(map);

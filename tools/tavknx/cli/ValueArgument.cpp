@@ -1,7 +1,10 @@
 #include "cli/ValueArgument.h"
 
 #include "cli/CommandLine.h"
+#include "knx/DptText.h"
 #include "knx/NumberText.h"
+
+#include <TavObjectModel/KnxLdsMapping.h>
 
 #include <platform/OkaValueFamily.h>
 
@@ -54,15 +57,15 @@ double ParseFloat(const std::string& text)
 bool ParseBool(const std::string& text)
 {
     const std::string lower = boost::algorithm::to_lower_copy(text);
-    if (lower == "true" || lower == "1")
+    if (lower == "true" || lower == "1" || lower == "on")
     {
         return true;
     }
-    if (lower == "false" || lower == "0")
+    if (lower == "false" || lower == "0" || lower == "off")
     {
         return false;
     }
-    throw UsageError("VALUE bool: expected true, false, 1 or 0, got " + Shown(text));
+    throw UsageError("VALUE bool: expected true, false, on, off, 1 or 0, got " + Shown(text));
 }
 
 // Two decimal digits; the library decides whether the number makes sense.
@@ -125,21 +128,35 @@ OKAVALUE ParseDateTime(const std::string& text)
     return value;
 }
 
+// The weekday after '/': a name (Mon ... Sun) or the value model's number 0-6 (0 = Sunday).
+std::uint16_t ParseWeekday(const char* typeName, const std::string& text, const std::string& weekdayText)
+{
+    static const char* const names[] = {"sun", "mon", "tue", "wed", "thu", "fri", "sat"};
+    const std::string lower = boost::algorithm::to_lower_copy(weekdayText);
+    for (std::uint16_t day = 0; day < 7; ++day)
+    {
+        if (lower == names[day] || lower == std::to_string(day))
+        {
+            return day;
+        }
+    }
+    throw UsageError(std::string("VALUE ") + typeName +
+                     ": the weekday after '/' must be Mon, Tue, Wed, Thu, Fri, Sat, Sun or the value model's "
+                     "number 0-6 (0 = Sunday, 1 = Monday), got " +
+                     Shown(text));
+}
+
 // A time of day as the decoder builds it: placeholder date 2000-01-01, weekday 0..6 or 7.
 OKAVALUE ParseTime(OkaValueType type, const char* typeName, const std::string& text)
 {
-    const bool withWeekday = Matches(text, "dd:dd:dd/d");
+    const bool withWeekday = text.size() > 9 && Matches(text.substr(0, 9), "dd:dd:dd/");
     if (!withWeekday && !Matches(text, "dd:dd:dd"))
     {
         throw UsageError(std::string("VALUE ") + typeName +
-                         ": expected HH:MM:SS or HH:MM:SS/W (weekday 0-6, 0 = Sunday), got " + Shown(text));
-    }
-    const std::uint16_t weekday = withWeekday ? static_cast<std::uint16_t>(text[9] - '0') : 7;
-    if (weekday > 6)
-    {
-        throw UsageError(std::string("VALUE ") + typeName + ": the weekday after '/' must be 0-6 (0 = Sunday), got " +
+                         ": expected HH:MM:SS or HH:MM:SS/DAY (DAY Mon ... Sun, or 0-6 with 0 = Sunday), got " +
                          Shown(text));
     }
+    const std::uint16_t weekday = withWeekday ? ParseWeekday(typeName, text, text.substr(9)) : 7;
     OKAVALUE value(type);
     OKATIME& time = value.numeric.time;
     time.year = 2000;
@@ -191,7 +208,79 @@ OKAVALUE ParseCodedValue(const std::string& codeText, const std::string& text)
     }
     return value;
 }
+
+const char* BareTypeName(OkaValueType type)
+{
+    switch (type)
+    {
+    case ivtBool:
+        return "bool";
+    case ivtByte:
+        return "byte";
+    case ivtWord:
+        return "word";
+    case ivtDWord:
+        return "dword";
+    case ivtInteger:
+        return "integer";
+    case ivtFloat:
+        return "float";
+    case ivtString:
+        return "string";
+    case ivtDate:
+        return "date";
+    case ivtTime:
+        return "time";
+    case ivtDayTime:
+        return "daytime";
+    case ivtDateTime:
+        return "datetime";
+    default:
+        return nullptr;
+    }
+}
+
+bool IsTypeName(const std::string& lower)
+{
+    static const char* const names[] = {"bool",   "byte", "word", "dword",   "integer",  "float", "string",
+                                        "date",   "time", "daytime", "datetime", "empty", "invalid"};
+    for (const char* name : names)
+    {
+        if (lower == name)
+        {
+            return true;
+        }
+    }
+    return false;
+}
 } // namespace
+
+OKAVALUE ParseValue(const std::string& argument, const KNXDPT& dpt)
+{
+    const OkaValueType type = Okaro::KnxLdsMapping::GetIvtFromDpt(PackDpt(dpt));
+    const std::string prefix = boost::algorithm::to_lower_copy(argument.substr(0, argument.find(':')));
+    const bool bareTime =
+        (type == ivtTime || type == ivtDayTime || type == ivtDateTime) &&
+        (Matches(argument.substr(0, 8), "dd:dd:dd") || Matches(argument.substr(0, 19), "dddd-dd-ddTdd:dd:dd"));
+    // A type code before ':' ("1039:21.5"), except in a text, where "12:30" is the text.
+    const bool coded = argument.find(':') != std::string::npos && type != ivtString &&
+                       prefix.find_first_not_of("0123456789") == std::string::npos;
+    const bool typed = !bareTime && (IsTypeName(prefix) || coded);
+    // A word before ':' that is no type name is a typo of one, except in a text.
+    const bool misspelt = argument.find(':') != std::string::npos && !prefix.empty() && type != ivtString &&
+                          prefix.find_first_not_of("abcdefghijklmnopqrstuvwxyz") == std::string::npos;
+    if (typed || misspelt)
+    {
+        return ParseValue(argument);
+    }
+    const char* name = BareTypeName(type);
+    if (name == nullptr)
+    {
+        throw UsageError("VALUE: DPT " + FormatKnxDpt(dpt) + " has no value type to read " + Shown(argument) +
+                         " as; give TYPE:TEXT (for example float:21.5)");
+    }
+    return ParseValue(std::string(name) + ":" + argument);
+}
 
 OKAVALUE ParseValue(const std::string& argument)
 {

@@ -6,7 +6,9 @@
 
 #include <boost/filesystem/operations.hpp>
 
+#include <log4cplus/appender.h>
 #include <log4cplus/logger.h>
+#include <log4cplus/spi/loggingevent.h>
 
 #include <ostream>
 
@@ -14,6 +16,31 @@ namespace TavKnx
 {
 namespace
 {
+// The library says only in its log that it fell back to the standard settings. The load gets
+// a logger of its own that lets every line through to this appender, which notices that line
+// and hands each line on to the root logger's appenders as --log-level allows.
+class FallbackWatch : public log4cplus::Appender
+{
+public:
+    bool fellBack = false;
+    ~FallbackWatch() override { destructorImpl(); }
+    void close() override {}
+
+protected:
+    void append(const log4cplus::spi::InternalLoggingEvent& event) override
+    {
+        if (event.getMessage().find("Falling back to standard configuration.") != log4cplus::tstring::npos)
+        {
+            fellBack = true;
+        }
+        log4cplus::Logger root = log4cplus::Logger::getRoot();
+        if (root.isEnabledFor(event.getLogLevel()))
+        {
+            root.callAppenders(event);
+        }
+    }
+};
+
 int RunConfig(const Invocation& invocation)
 {
     invocation.RequireArgs(0, 1, "[FILE]");
@@ -23,7 +50,14 @@ int RunConfig(const Invocation& invocation)
     const bool found = boost::filesystem::is_regular_file(file, error);
     Okaro::AppHostConfiguration configuration;
     // A missing or broken file leaves the standard settings; the library logs why.
-    configuration.LoadConfigurationFile(file, log4cplus::Logger::getInstance("tavknx"), Okaro::UTF8String("tavknx"));
+    log4cplus::Logger logger = log4cplus::Logger::getInstance("tavknx.config");
+    log4cplus::SharedAppenderPtr watch(new FallbackWatch());
+    logger.setAdditivity(false);
+    logger.setLogLevel(log4cplus::TRACE_LOG_LEVEL);
+    logger.addAppender(watch);
+    configuration.LoadConfigurationFile(file, logger, Okaro::UTF8String("tavknx"));
+    logger.removeAppender(watch);
+    const bool loaded = found && !static_cast<FallbackWatch&>(*watch).fellBack;
 
     const std::pair<const char*, bool> flags[] = {
         {"appDebugMode", configuration.IsInAppDebugMode()},
@@ -41,7 +75,7 @@ int RunConfig(const Invocation& invocation)
     if (invocation.json)
     {
         JsonObject object;
-        object.Add("ok", true).Add("file", file.string()).Add("found", found);
+        object.Add("ok", true).Add("file", file.string()).Add("found", found).Add("loaded", loaded);
         for (const auto& flag : flags)
         {
             object.Add(flag.first, flag.second);
@@ -53,7 +87,11 @@ int RunConfig(const Invocation& invocation)
         out << object.Str() << "\n";
         return kExitDone;
     }
-    out << "file: " << file.string() << (found ? "" : " (not found: standard settings)") << "\n";
+    out << "file: " << file.string()
+        << (!found   ? " (not found: standard settings)"
+            : !loaded ? " (cannot be read as the configuration: standard settings)"
+                      : "")
+        << "\n";
     for (const auto& flag : flags)
     {
         out << flag.first << ": " << (flag.second ? "true" : "false") << "\n";
@@ -70,8 +108,9 @@ void AddConfigCommand(std::vector<Command>& commands)
 {
     commands.push_back({"config", "config [FILE]", "show what the app host configuration file says",
                         "Loads the app host configuration (default /opt/userdata/etc/tavapphost/tavapphostconfig.xml)\n"
-                        "as the app host does and prints its four flags and four root paths. A missing or broken\n"
-                        "file gives the standard settings; the log lines on stderr say why.\n\n"
+                        "as the app host does and prints its four flags and four root paths. A missing file, or\n"
+                        "one that cannot be read as the configuration, gives the standard settings: the first line\n"
+                        "says so (JSON: \"found\", \"loaded\"), the log lines on stderr say why.\n\n"
                         "Examples:\n"
                         "  tavknx config\n"
                         "  tavknx config ./tavapphostconfig.xml --json\n",

@@ -77,6 +77,12 @@ std::vector<SampleTelegram> ReadTelegramFile(const std::string& file)
     return ReadTelegrams(in, file);
 }
 
+// `text` padded to `width`; a longer one still gets two blanks, so it never runs into the next.
+std::string Column(const std::string& text, std::size_t width)
+{
+    return text + std::string(text.size() + 2 > width ? 2 : width - text.size(), ' ');
+}
+
 // The outcome of one conversion path, for both output forms.
 struct PathResult
 {
@@ -211,8 +217,8 @@ std::vector<ValueToWrite> DecodeAll(const std::vector<SampleTelegram>& telegrams
         else
         {
             out << std::setw(4) << std::right << i + 1 << std::left << "  " << telegram.comment << "\n"
-                << "    " << std::setw(8) << FormatDpt(telegram.dpt) << std::setw(30) << (hex.empty() ? "-" : hex)
-                << std::setw(6) << telegram.bits << std::setw(42) << switchResult.Text() << tableResult.Text() << "\n";
+                << "    " << std::setw(8) << FormatKnxDpt(telegram.dpt) << std::setw(30) << (hex.empty() ? "-" : hex)
+                << std::setw(6) << telegram.bits << Column(switchResult.Text(), 42) << tableResult.Text() << "\n";
         }
         if (switchResult.value)
         {

@@ -58,14 +58,17 @@ unsigned short ParseCo(const std::string& text, const char* what)
 
 // Prints "name: id" lines, or the ids added to `object` (which starts with "ok"); a missing
 // id is a refusal.
+// The library logs nothing when it has no id, so the refusal says why itself: `limit` names
+// the number range that has ids.
 int PrintIds(const Invocation& invocation, JsonObject object, const std::string& textPrefix,
-             const std::vector<std::pair<std::string, boost::optional<unsigned long>>>& ids)
+             const std::vector<std::pair<std::string, boost::optional<unsigned long>>>& ids, const char* limit = "")
 {
     for (const auto& id : ids)
     {
         if (!id.second)
         {
-            PrintRefusal(textPrefix, invocation.json, invocation.Out());
+            PrintRefusal(textPrefix, "ids", std::string("no object-model id") + limit, invocation.json,
+                         invocation.Out());
             return kExitRefused;
         }
     }
@@ -108,7 +111,8 @@ int RunCo(const Invocation& invocation)
     const bool channel = invocation.args[0] == "co-channel";
     const auto id = channel ? KnxLdsMapping::GetCoChannelObjModelId(co, ld) : KnxLdsMapping::GetCoValueObjModelId(co, ld);
     return PrintIds(invocation, JsonObject().Add("ok", true).Add("co", static_cast<unsigned>(co)).Add("ld", ld.Get()),
-                    "co " + std::to_string(co) + " ld " + std::to_string(ld.Get()), {{"id", id}});
+                    "co " + std::to_string(co) + " ld " + std::to_string(ld.Get()), {{"id", id}},
+                    ": CO numbers go up to 520");
 }
 
 int RunParameter(const Invocation& invocation)
@@ -122,7 +126,8 @@ int RunParameter(const Invocation& invocation)
                                                                                             ParameterTypeName(type)),
                     "parameter " + std::to_string(n) + " ld " + std::to_string(ld.Get()) + " " + ParameterTypeName(type),
                     {{"channel", KnxLdsMapping::GetParameterChannelObjModelId(n, ld, type)},
-                     {"value", KnxLdsMapping::GetParameterValueObjModelId(n, ld, type)}});
+                     {"value", KnxLdsMapping::GetParameterValueObjModelId(n, ld, type)}},
+                    ": parameter numbers go up to 50");
 }
 
 // What an id is, from the predicates and extractors of KnxLdsMapping.
@@ -241,7 +246,7 @@ int RunDpt(const Invocation& invocation)
     }
     else
     {
-        invocation.Out() << FormatDpt(dpt) << ": value type " << KnxLdsMapping::GetIvtFromMainType(dpt.main) << " ("
+        invocation.Out() << FormatKnxDpt(dpt) << ": value type " << KnxLdsMapping::GetIvtFromMainType(dpt.main) << " ("
                          << static_cast<int>(type) << "), sub-type " << KnxLdsMapping::GetIstFromMainType(dpt.main)
                          << ", default " << (defaultValue ? "'" + *defaultValue + "'" : std::string("(none)"))
                          << ", internal form " << (defaultInternal ? "'" + *defaultInternal + "'" : std::string("(none)"))

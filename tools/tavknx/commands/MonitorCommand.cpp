@@ -5,6 +5,7 @@
 #include "cli/ProjectOptions.h"
 #include "cli/StopSignal.h"
 #include "commands/Commands.h"
+#include "knx/GroupAddressFilter.h"
 #include "knx/GroupAddressMap.h"
 #include "knx/NumberText.h"
 #include "knx/TelegramReport.h"
@@ -18,6 +19,7 @@
 #include <iostream>
 #include <memory>
 #include <thread>
+#include <vector>
 
 namespace po = boost::program_options;
 
@@ -51,7 +53,9 @@ void AddMonitorOptions(po::options_description& options)
     options.add_options()
         ("map", po::value<std::string>()->value_name("FILE"), kMapOptionHelp)
         ("count", po::value<std::string>()->value_name("N"), "stop after N telegrams")
-        ("timeout", po::value<std::string>()->value_name("SECONDS"), "stop after SECONDS");
+        ("timeout", po::value<std::string>()->value_name("SECONDS"), "stop after SECONDS")
+        ("filter", po::value<std::vector<std::string>>()->value_name("GA")->composing(),
+         "show only GA: 1/2/3, a middle group 1/2/*, a main group 1/*; repeatable");
     AddProjectPasswordOption(options);
 }
 
@@ -77,6 +81,13 @@ public:
             if (count_ == 0)
             {
                 throw UsageError("--count: expected a number of telegrams from 1 on, got '0'");
+            }
+        }
+        if (invocation.options.count("filter"))
+        {
+            for (const std::string& pattern : invocation.options["filter"].as<std::vector<std::string>>())
+            {
+                filter_.Add(pattern);
             }
         }
         deadline_ = Clock::time_point::max();
@@ -147,6 +158,11 @@ private:
             attempts_ = 0;
             return;
         }
+        // Filtered out: not shown, not counted.
+        if (!filter_.Matches(telegram.destination))
+        {
+            return;
+        }
         invocation_.Out() << reporter_.Report(telegram, std::chrono::system_clock::now(), invocation_.json) << "\n"
                           << std::flush;
         ++printed_;
@@ -178,6 +194,7 @@ private:
     const Invocation& invocation_;
     const std::string url_;
     TelegramReporter reporter_;
+    GroupAddressFilter filter_;
     std::unique_ptr<KnxdConnection> connection_;
     std::uint64_t count_ = 0;
     std::uint64_t printed_ = 0;
@@ -199,7 +216,7 @@ int RunMonitor(const Invocation& invocation)
 void AddMonitorCommand(std::vector<Command>& commands)
 {
     commands.push_back(
-        {"monitor", "monitor [--url URL] [--map FILE] [--password-file FILE] [--count N] [--timeout SECONDS]",
+        {"monitor", "monitor [--url URL] [--map FILE] [--password-file FILE] [--filter GA]... [--count N] [--timeout SECONDS]",
          "print the group telegrams on the bus through knxd, decoded by both paths",
          "Connects to knxd, opens its group socket and prints one line per group telegram: time (UTC),\n"
          "source, group address, kind (write, read, response), the value's bytes and bits and, where\n"
@@ -209,13 +226,16 @@ void AddMonitorCommand(std::vector<Command>& commands)
          "follow the group address in quotes (JSON: \"name\"). Its password as for the project command.\n"
          "A telegram that does not decode is printed as refused; the library's log lines say why.\n"
          "When knxd goes away the monitor says so, tries again (at most every 5 s) and carries on.\n"
+         "--filter shows only the telegrams to one group address (1/2/3), a middle group (1/2/*) or a\n"
+         "main group (1/*); repeated, any of them; others are neither shown nor counted.\n"
          "Ends after --count telegrams, after --timeout seconds (exit 1 when --count was not reached),\n"
          "or on Ctrl-C. Exit 1 also when knxd cannot be reached at the start.\n\n"
          "Examples:\n"
          "  tavknx monitor --map groups.txt\n"
          "  tavknx monitor --url ip:192.168.1.10 --map export.csv --json\n"
          "  TAVKNX_PROJECT_PASSWORD=secret tavknx monitor --map installation.knxproj\n"
-         "  tavknx monitor --url local:/tmp/knx --count 10 --timeout 30\n",
+         "  tavknx monitor --url local:/tmp/knx --count 10 --timeout 30\n"
+         "  tavknx monitor --map groups.txt --filter 2/0/* --filter 1/1/1\n",
          AddMonitorOptions, RunMonitor});
 }
 } // namespace TavKnx

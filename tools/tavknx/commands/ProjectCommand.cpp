@@ -2,6 +2,7 @@
 // project, its group addresses and its devices with their communication objects.
 #include "cli/ProjectOptions.h"
 #include "commands/Commands.h"
+#include "knx/DptText.h"
 #include "knx/TextError.h"
 
 #include <project/ProjectJson.h>
@@ -32,7 +33,8 @@ std::string DptText(const boost::optional<TavProject::Dpt>& dpt)
     {
         return "-";
     }
-    return std::to_string(dpt->main) + (dpt->sub ? "." + std::to_string(*dpt->sub) : std::string());
+    // As KNX writes it: "9.001", a main number alone as "9".
+    return dpt->sub ? FormatKnxDpt(KNXDPT{0, dpt->main, *dpt->sub}) : std::to_string(dpt->main);
 }
 
 std::string Padded(const std::string& text, std::size_t width)

@@ -61,11 +61,13 @@ struct CsvFields
 CsvFields SplitCsv(const std::string& line, char separator, std::size_t keep)
 {
     CsvFields result;
+    // In a tab-separated export a tab ends a field: only blanks surround one.
+    const char* const blanks = separator == '\t' ? " " : kBlanks;
     std::string::size_type at = 0;
     for (;;)
     {
         std::string field;
-        std::string::size_type end = line.find_first_not_of(kBlanks, at);
+        std::string::size_type end = line.find_first_not_of(blanks, at);
         if (end != std::string::npos && line[end] == '"')
         {
             std::string::size_type from = end + 1;
@@ -131,7 +133,7 @@ boost::optional<std::size_t> FindColumn(const std::vector<std::string>& header, 
 // The export's header names both columns; false for anything else.
 bool ReadCsvHeader(const std::string& line, CsvLayout& layout)
 {
-    for (const char separator : {';', ','})
+    for (const char separator : {';', ',', '\t'})
     {
         const CsvFields header = SplitCsv(line, separator, kMaxHeaderColumns);
         if (!header.closed)
@@ -150,54 +152,6 @@ bool ReadCsvHeader(const std::string& line, CsvLayout& layout)
         }
     }
     return false;
-}
-
-// Digits, or digits '.' digits: anything else is refused before ParseDpt, whose exceptions
-// would make a file full of garbage slow to read.
-bool IsDottedNumber(const std::string& text)
-{
-    const std::string::size_type dot = text.find('.');
-    const auto digits = [&text](std::string::size_type from, std::string::size_type to) {
-        return from < to && text.find_first_not_of("0123456789", from) >= to;
-    };
-    return dot == std::string::npos ? digits(0, text.size()) : digits(0, dot) && digits(dot + 1, text.size());
-}
-
-// "9.001", "9.1", "9" (the tool's DPT argument) and the export's "DPST-9-1" and "DPT-9".
-boost::optional<KNXDPT> ParseMapDpt(const std::string& text)
-{
-    std::string dotted = text;
-    if (boost::starts_with(text, "DPST-"))
-    {
-        // "DPST-9-1" is "9.1"; a dot or another dash then fails the number check.
-        dotted = text.substr(5);
-        const std::string::size_type dash = dotted.find('-');
-        if (dash == std::string::npos || dotted.find('.') != std::string::npos)
-        {
-            return boost::none;
-        }
-        dotted[dash] = '.';
-    }
-    else if (boost::starts_with(text, "DPT-"))
-    {
-        dotted = text.substr(4);
-        if (dotted.find('.') != std::string::npos)
-        {
-            return boost::none;
-        }
-    }
-    if (!IsDottedNumber(dotted))
-    {
-        return boost::none;
-    }
-    try
-    {
-        return ParseDpt(dotted);
-    }
-    catch (const TextError&)
-    {
-        return boost::none;
-    }
 }
 
 // "1/-/-", "1/2/-", "1/-": a main or middle group as the export lists it, not an address.
@@ -241,7 +195,7 @@ public:
             Problem(line, "bad group address " + Quote(addressText));
             return;
         }
-        const auto dpt = ParseMapDpt(dptText);
+        const auto dpt = TryParseDpt(dptText);
         if (!dpt)
         {
             Problem(line, "bad DPT " + Quote(dptText));

@@ -1,7 +1,8 @@
 #pragma once
 // Which DPT each group address carries, read from a map file: either simple text
 // ("group address;DPT" per line, '#' comments) or the group address CSV export of the
-// commissioning software (header line with the columns "Address" and "DatapointType").
+// commissioning software (header line with the columns "Address" and "DatapointType";
+// separated by ';', ',' or tabs).
 // A map built from an ETS project (knx/ProjectMap.h) also names the group addresses.
 #include <platform/KnxDpt.h>
 

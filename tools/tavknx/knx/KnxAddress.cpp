@@ -1,5 +1,7 @@
 #include "knx/KnxAddress.h"
 
+#include <algorithm>
+
 #include <vector>
 
 namespace TavKnx
@@ -36,6 +38,17 @@ std::string FormatGroupAddress(std::uint16_t address)
 {
     return std::to_string(address >> 11) + "/" + std::to_string((address >> 8) & 0x07) + "/" +
            std::to_string(address & 0xFF);
+}
+
+std::string FormatTwoLevelGroupAddress(std::uint16_t address)
+{
+    return std::to_string(address >> 11) + "/" + std::to_string(address & 0x7FF);
+}
+
+std::string FormatGroupAddressLike(std::uint16_t address, const std::string& written)
+{
+    return std::count(written.begin(), written.end(), '/') == 1 ? FormatTwoLevelGroupAddress(address)
+                                                                : FormatGroupAddress(address);
 }
 
 std::string FormatIndividualAddress(std::uint16_t address)

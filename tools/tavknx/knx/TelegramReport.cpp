@@ -1,7 +1,9 @@
 #include "knx/TelegramReport.h"
 
+#include "knx/DptNames.h"
 #include "knx/DptText.h"
 #include "knx/HexText.h"
+#include "knx/KnxTerms.h"
 #include "knx/Json.h"
 #include "knx/KnxAddress.h"
 #include "knx/ValueText.h"
@@ -75,11 +77,13 @@ void AddResult(JsonObject& object, const Result& result)
     }
 }
 
-std::string ResultText(const Result& result)
+// The value in KNX terms first where the DPT defines them, the library's value always.
+std::string ResultText(const Result& result, const KNXDPT& dpt)
 {
     if (result.value)
     {
-        return DescribeValue(*result.value);
+        const boost::optional<std::string> knx = KnxTermsText(dpt, *result.value);
+        return (knx ? *knx + " = " : std::string()) + DescribeValue(*result.value);
     }
     return result.exception.empty() ? std::string("refused") : "refused (exception: " + result.exception + ")";
 }
@@ -164,16 +168,17 @@ std::string TelegramReporter::Report(const GroupTelegram& telegram, std::chrono:
         line += " " + (hex.empty() ? std::string("-") : hex);
         if (telegram.HasValue())
         {
-            line += " (" + std::to_string(ValueBits(telegram)) + " bits)";
+            line += " (" + BitsText(ValueBits(telegram)) + ")";
         }
     }
     if (mapped != nullptr)
     {
-        line += " " + FormatDpt(*mapped);
+        const DptName* row = FindDptName(*mapped);
+        line += " " + FormatKnxDpt(*mapped) + (row != nullptr ? std::string(" ") + row->name : std::string());
     }
     if (decoded)
     {
-        line += " codec: " + ResultText(decoded->codec) + " | table: " + ResultText(decoded->table);
+        line += " codec: " + ResultText(decoded->codec, *mapped) + " | table: " + ResultText(decoded->table, *mapped);
     }
     return line;
 }

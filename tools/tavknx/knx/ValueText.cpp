@@ -125,7 +125,8 @@ std::string ValueText(const OKAVALUE& value)
         }
         if (IsTimeOfDay(value.type))
         {
-            return ClockText(time) + (time.weekday < 7 ? " weekday " + std::to_string(time.weekday) : " no weekday");
+            return ClockText(time) + " " + WeekdayName(time.weekday) + " (value model weekday " +
+                   std::to_string(time.weekday) + (time.weekday < 7 ? ", 0 = Sunday)" : ")");
         }
         return DateText(time) + "T" + ClockText(time);
     case OkaValueFamily::Empty:
@@ -133,6 +134,12 @@ std::string ValueText(const OKAVALUE& value)
         break;
     }
     return "(no value)";
+}
+
+std::string WeekdayName(unsigned weekday)
+{
+    static const char* const names[] = {"Sun", "Mon", "Tue", "Wed", "Thu", "Fri", "Sat"};
+    return weekday < 7 ? names[weekday] : "no day";
 }
 
 std::string DescribeValue(const OKAVALUE& value)

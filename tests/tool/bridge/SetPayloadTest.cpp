@@ -70,7 +70,7 @@ TEST(SetPayload, RefusesWhatDoesNotFitWithTheReason)
     EXPECT_EQ(Refusal("hello", Dpt(9, 1)), "VALUE: expected TYPE:TEXT (for example float:21.5), got 'hello'");
     EXPECT_EQ(Refusal("true", Dpt(9, 1)), "VALUE float: expected a decimal number, nan, inf or -inf, got 'true'");
     EXPECT_EQ(Refusal("\"warm\"", Dpt(9, 1)), "VALUE float: expected a decimal number, nan, inf or -inf, got 'warm'");
-    EXPECT_EQ(Refusal("2", Dpt(1, 1)), "VALUE bool: expected true, false, 1 or 0, got '2'");
+    EXPECT_EQ(Refusal("2", Dpt(1, 1)), "VALUE bool: expected true, false, on, off, 1 or 0, got '2'");
     EXPECT_EQ(Refusal("null", Dpt(1, 1)), "expected a number, true, false, a string or {\"value\": ...}, got 'null'");
     EXPECT_EQ(Refusal("[1]", Dpt(1, 1)), "expected a number, true, false, a string or {\"value\": ...}, got '[1]'");
     EXPECT_EQ(Refusal("{\"v\":1}", Dpt(1, 1)), "expected {\"value\": ...} and nothing else, got '{\"v\":1}'");

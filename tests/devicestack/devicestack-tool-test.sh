@@ -77,23 +77,23 @@ case "$group" in
     expect "get's output" '{"ok":true,"co":1,"id":100101,"ga":"1/2/3","dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.5}' "$out"
     # The group address stands for the object it sends on; text for people.
     out="$(tavknx set --url "$url" --objects "$objects" 1/2/4 bool:true)"
-    expect "set by group address" "CO 2 (1/2/4 1.1 Light): Bool true [ivt 2, sub-type 0]" "$out"
+    expect "set by group address" "CO 2 Light (1/2/4 1.001 DPT_Switch): on = Bool true [ivt 2, sub-type 0]" "$out"
     out="$(tavknx get --url "$url" --objects "$objects" 1/2/4)"
-    expect "get by group address" "CO 2 (1/2/4 1.1 Light): Bool true [ivt 2, sub-type 0]" "$out"
+    expect "get by group address" "CO 2 Light (1/2/4 1.001 DPT_Switch): on = Bool true [ivt 2, sub-type 0]" "$out"
     ;;
   knxtool)
     # A value written with the daemon's own tool, held by the device, then read.
     start_device || exit 1
     knxtool groupwrite "$url" 1/2/3 0c 1a >/dev/null || fail "knxtool groupwrite"
     wait_for "$tmp/device.out" "CO 1"
-    expect "the device's change" "CO 1 (1/2/3 9.1 Living room temperature) write: Float 21 [ivt 3, sub-type 0]" "$(cat "$tmp/device.out")"
+    expect "the device's change" "CO 1 Living room temperature (1/2/3 9.001 DPT_Value_Temp) write: 21.00 °C = Float 21 [ivt 3, sub-type 0]" "$(cat "$tmp/device.out")"
     out="$(tavknx get --url "$url" --objects "$objects" 1 --json)"
     expect "get's output" '{"ok":true,"co":1,"id":100101,"ga":"1/2/3","dpt":"9.1","ivt":3,"type":"Float","subType":0,"value":21.0}' "$out"
     # A write to the object's second, listening address.
     knxtool groupswrite "$url" 1/2/5 1 >/dev/null || fail "knxtool groupswrite"
     wait_for "$tmp/device.out" "CO 2"
     out="$(tavknx get --url "$url" --objects "$objects" 2)"
-    expect "get after a listening address's write" "CO 2 (1/2/4 1.1 Light): Bool true [ivt 2, sub-type 0]" "$out"
+    expect "get after a listening address's write" "CO 2 Light (1/2/4 1.001 DPT_Switch): on = Bool true [ivt 2, sub-type 0]" "$out"
     ;;
   monitor)
     # The bytes a set puts on the bus, as the monitor sees them.
@@ -117,7 +117,7 @@ WARN  DscAsyncRequestMessenger.cpp:305 WaitForAnswer - Timeout (00:00:00.300000)
 WARN  DscAsyncRequestMessenger.cpp:253 SynchronizeRequest - Maximum number of retries (1) reached." "$(cat "$tmp/err")"
     out="$(tavknx get --url "$url" --objects "$objects" --timeout 0.2 --retries 0 3 2>"$tmp/err")"
     expect "get's exit in text" 1 $?
-    expect "get's output in text" "CO 3 (1/2/6 5.1 Nobody holds this): failed: no answer" "$out"
+    expect "get's output in text" "CO 3 Nobody holds this (1/2/6 5.001 DPT_Scaling): failed: no answer" "$out"
     ;;
   refused)
     # The stack refuses: its error as the docket's, the messenger's error lines on stderr.
@@ -143,7 +143,7 @@ WARN  DscAsyncRequestMessenger.cpp:253 SynchronizeRequest - Maximum number of re
     printf '1;1/2/3;9.001;CRWTU;Temperature\n2;1/9/3;1.001;CWT;Bad address\nnonsense\n' >"$tmp/bad.txt"
     out="$(tavknx set --url "$url" --objects "$tmp/bad.txt" 1 float:20.5 2>"$tmp/err")"
     expect "set's exit" 0 $?
-    expect "set's output" "CO 1 (1/2/3 9.1 Temperature): Float 20.5 [ivt 3, sub-type 0]" "$out"
+    expect "set's output" "CO 1 Temperature (1/2/3 9.001 DPT_Value_Temp): 20.50 °C = Float 20.5 [ivt 3, sub-type 0]" "$out"
     expect "set's warnings" "WARN  DeviceStackCommands.cpp:219 LoadObjects - objects '$tmp/bad.txt' line 2 skipped: GA: expected a group address, got '1/9/3'
 WARN  DeviceStackCommands.cpp:219 LoadObjects - objects '$tmp/bad.txt' line 3 skipped: expected CO;GA[,GA...];DPT;FLAGS;NAME, got 'nonsense'" \
       "$(sed -E 's/DeviceStackCommands.cpp:[0-9]+/DeviceStackCommands.cpp:219/' "$tmp/err")"

@@ -110,6 +110,7 @@ MqttSession::MqttSession(MqttOptions options) : options_(std::move(options))
         mosquitto_disconnect_callback_set(client_, &MqttSession::OnDisconnect);
         mosquitto_message_callback_set(client_, &MqttSession::OnMessage);
         mosquitto_publish_callback_set(client_, &MqttSession::OnPublish);
+        mosquitto_log_callback_set(client_, &MqttSession::OnLog);
         Check(mosquitto_reconnect_delay_set(client_, kFirstRetrySeconds, kLongestRetrySeconds, true),
               "MQTT reconnect delay");
         if (!options_.willTopic.empty())
@@ -284,6 +285,16 @@ void MqttSession::OnDisconnect(mosquitto*, void* self, int code)
         TAV_LOG_AT(BridgeLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MqttSession, 227,
                    "lost the MQTT broker at " << Where(session.options_) << ": " << mosquitto_strerror(code)
                                               << "; trying again, at most every " << kLongestRetrySeconds << " s");
+    }
+}
+
+// libmosquitto's own errors: a TLS handshake it gives up on (a CA file that does not vouch for
+// the broker) is said only here, the connect call itself having succeeded.
+void MqttSession::OnLog(mosquitto*, void*, int level, const char* text)
+{
+    if (level == MOSQ_LOG_ERR && text != nullptr)
+    {
+        TAV_LOG_AT(BridgeLogger(), log4cplus::WARN_LOG_LEVEL, LogFile::MqttSession, 240, "libmosquitto: " << text);
     }
 }
 

@@ -81,6 +81,7 @@ private:
     static void OnDisconnect(mosquitto* client, void* self, int code);
     static void OnMessage(mosquitto* client, void* self, const mosquitto_message* message);
     static void OnPublish(mosquitto* client, void* self, int mid);
+    static void OnLog(mosquitto* client, void* self, int level, const char* text);
 
     MqttOptions options_;
     mosquitto* client_ = nullptr;

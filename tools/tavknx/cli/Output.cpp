@@ -113,8 +113,7 @@ void PrintValueResult(const KNXDPT& dpt, const OKAVALUE& value, bool json, std::
         return;
     }
     // KNX's reading first, the library's value after it, always.
-    const boost::optional<std::string> knx = KnxTermsText(dpt, value);
-    out << DptLabel(dpt) << ": " << (knx ? *knx + " = " : std::string()) << DescribeValue(value) << "\n";
+    out << DptLabel(dpt) << ": " << DescribeValueInKnxTerms(dpt, value) << "\n";
 }
 
 void PrintGroupValueResult(const KNXDPT& dpt, const KnxStack::GroupValue& value, bool json, std::ostream& out)

@@ -3,12 +3,14 @@
 // (DscAsyncRequestMessenger over RemoteRequestMessengerDeviceStack), with its time-out, retries
 // and log lines.
 #include "cli/KnxdUrlOption.h"
+#include "cli/Output.h"
 #include "cli/ObjectsOption.h"
 #include "cli/StopSignal.h"
 #include "cli/ValueArgument.h"
 #include "commands/Commands.h"
 #include "knx/DptText.h"
 #include "knx/KnxAddress.h"
+#include "knx/KnxTerms.h"
 #include "knx/NumberText.h"
 #include "knx/TextError.h"
 #include "knx/ValueText.h"
@@ -133,8 +135,8 @@ JsonObject& AddObjectFields(JsonObject& fields, const DeviceObject& object)
 
 std::string ObjectText(const DeviceObject& object)
 {
-    return "CO " + std::to_string(object.co) + " (" + FormatGroupAddress(object.groupAddresses.front()) + " " +
-           FormatDpt(object.dpt) + (object.name.empty() ? "" : " " + object.name) + ")";
+    return "CO " + std::to_string(object.co) + (object.name.empty() ? "" : " " + object.name) + " (" +
+           FormatGroupAddress(object.groupAddresses.front()) + " " + DptLabel(object.dpt) + ")";
 }
 
 // Prints the docket; exit 1 unless it holds a readable value.
@@ -174,7 +176,7 @@ int PrintDocket(const Invocation& invocation, const DeviceObject& object, const 
     }
     else
     {
-        invocation.Out() << ObjectText(object) << ": " << DescribeValue(value) << "\n";
+        invocation.Out() << ObjectText(object) << ": " << DescribeValueInKnxTerms(object.dpt, value) << "\n";
     }
     return kExitDone;
 }
@@ -264,7 +266,8 @@ int RunDevice(const Invocation& invocation)
         }
         else
         {
-            invocation.Out() << ObjectText(object) << " " << SourceName(source) << ": " << DescribeValue(value) << "\n";
+            invocation.Out() << ObjectText(object) << " " << SourceName(source) << ": "
+                             << DescribeValueInKnxTerms(object.dpt, value) << "\n";
         }
         invocation.Out().flush();
     });

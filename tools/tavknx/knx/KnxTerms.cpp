@@ -118,4 +118,9 @@ boost::optional<std::string> KnxTermsText(const KNXDPT& dpt, const OKAVALUE& val
     }
     return boost::none;
 }
+std::string DescribeValueInKnxTerms(const KNXDPT& dpt, const OKAVALUE& value)
+{
+    const boost::optional<std::string> knx = KnxTermsText(dpt, value);
+    return (knx ? *knx + " = " : std::string()) + DescribeValue(value);
+}
 } // namespace TavKnx

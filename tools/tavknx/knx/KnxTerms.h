@@ -13,4 +13,6 @@ namespace TavKnx
 {
 // None when the DPT has no row, or its row says nothing the library's value does not.
 boost::optional<std::string> KnxTermsText(const KNXDPT& dpt, const OKAVALUE& value);
+// KNX's reading first where there is one, the library's value always: "21.00 °C = Float 21 [...]".
+std::string DescribeValueInKnxTerms(const KNXDPT& dpt, const OKAVALUE& value);
 } // namespace TavKnx

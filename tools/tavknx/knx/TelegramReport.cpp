@@ -82,8 +82,7 @@ std::string ResultText(const Result& result, const KNXDPT& dpt)
 {
     if (result.value)
     {
-        const boost::optional<std::string> knx = KnxTermsText(dpt, *result.value);
-        return (knx ? *knx + " = " : std::string()) + DescribeValue(*result.value);
+        return DescribeValueInKnxTerms(dpt, *result.value);
     }
     return result.exception.empty() ? std::string("refused") : "refused (exception: " + result.exception + ")";
 }

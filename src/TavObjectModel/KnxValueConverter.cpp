@@ -143,17 +143,19 @@ bool KnxValueConverter::AddDptValueMapEntry(unsigned short mainNumber, unsigned 
                                             OkaDP::OkaValueSubType valueSubType, const KnxConverter& converter)
 {
     const KNXDPT dpt{bitSize, mainNumber, subNumber};
-    return dptValueMap_.AddEntry(dpt, DptValueEntry(dpt, valueType, valueSubType, converter.Clone()));
+    return dptValueMap_.AddEntry(dpt, valueType, valueSubType, converter);
 }
 
 void KnxValueConverter::FillDptValueMap()
 {
     dptValueMap_.Clear();
+    const std::vector<std::unique_ptr<KnxConverter>>& converters = GetStandardConverters();
+    std::size_t index = 0;
     for (const DptValueRow& row : GetStandardDptValueRows())
     {
-        const std::unique_ptr<KnxConverter> converter = row.makeConverter();
+        const KnxConverter& converter = *converters[index++];
         if (!AddDptValueMapEntry(row.mainNumber, row.subNumber, row.bitSize, row.valueType, row.valueSubType,
-                                 *converter))
+                                 converter))
         {
             TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 234, "Add DPT value map entry failed. DPT=" << row.text);
         }

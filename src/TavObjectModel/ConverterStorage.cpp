@@ -1,0 +1,108 @@
+// Where converter objects live: the heap, or the storage of the DPT value map that clones
+// them. A small header before each object says which, so delete needs no other knowledge.
+#include <TavObjectModel/KnxConverter.h>
+
+#include <TavObjectModel/detail/ConverterStorage.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <new>
+
+namespace Okaro
+{
+namespace detail
+{
+struct ConverterStorage::Block
+{
+    Block* next;
+    std::size_t size;  // usable bytes after the (aligned) header
+};
+
+namespace
+{
+constexpr std::size_t kMaxAlignment = alignof(std::max_align_t);
+// The block header rounded up, so the usable bytes start at the strictest alignment.
+constexpr std::size_t kBlockHeader =
+    (sizeof(void*) + sizeof(std::size_t) + kMaxAlignment - 1) / kMaxAlignment * kMaxAlignment;
+
+thread_local ConverterStorage* currentStorage = nullptr;
+
+unsigned char* AlignUp(unsigned char* pointer, std::size_t alignment)
+{
+    const std::uintptr_t value = reinterpret_cast<std::uintptr_t>(pointer);
+    const std::uintptr_t aligned = (value + (alignment - 1)) & ~static_cast<std::uintptr_t>(alignment - 1);
+    return pointer + (aligned - value);
+}
+} // namespace
+
+ConverterStorage::~ConverterStorage()
+{
+    while (blocks_ != nullptr)
+    {
+        Block* next = blocks_->next;
+        ::operator delete(blocks_);
+        blocks_ = next;
+    }
+}
+
+void* ConverterStorage::Allocate(std::size_t size, std::size_t alignment)
+{
+    static_assert(sizeof(Block) <= kBlockHeader, "the block header fits");
+    unsigned char* start = cursor_ != nullptr ? AlignUp(cursor_, alignment) : nullptr;
+    if (start == nullptr || static_cast<std::size_t>(end_ - start) < size)
+    {
+        const std::size_t usable = std::max(blocks_ == nullptr ? kFirstBlockSize : kBlockSize, size);
+        void* raw = ::operator new(kBlockHeader + usable);
+        Block* block = static_cast<Block*>(raw);
+        block->next = blocks_;
+        block->size = usable;
+        blocks_ = block;
+        start = static_cast<unsigned char*>(raw) + kBlockHeader;
+        end_ = start + usable;
+    }
+    cursor_ = start + size;
+    return start;
+}
+
+ConverterPlacement::ConverterPlacement(ConverterStorage& storage) noexcept : previous_(currentStorage)
+{
+    currentStorage = &storage;
+}
+
+ConverterPlacement::~ConverterPlacement() { currentStorage = previous_; }
+} // namespace detail
+
+// ---------------------------------------------------------------------------------------
+// KnxConverter's allocation
+
+namespace
+{
+// Before each converter: where its memory came from (null: the heap). Its size keeps the
+// object at the strictest alignment.
+constexpr std::size_t kObjectHeader = alignof(std::max_align_t);
+static_assert(kObjectHeader >= sizeof(detail::ConverterStorage*), "the header holds a pointer");
+} // namespace
+
+void* KnxConverter::operator new(std::size_t size)
+{
+    detail::ConverterStorage* storage = detail::currentStorage;
+    void* raw = storage != nullptr ? storage->Allocate(kObjectHeader + size, kObjectHeader)
+                                   : ::operator new(kObjectHeader + size);
+    *static_cast<detail::ConverterStorage**>(raw) = storage;
+    return static_cast<unsigned char*>(raw) + kObjectHeader;
+}
+
+void KnxConverter::operator delete(void* object) noexcept
+{
+    if (object == nullptr)
+    {
+        return;
+    }
+    void* raw = static_cast<unsigned char*>(object) - kObjectHeader;
+    // Storage memory goes back when the storage ends.
+    if (*static_cast<detail::ConverterStorage**>(raw) == nullptr)
+    {
+        ::operator delete(raw);
+    }
+}
+} // namespace Okaro

@@ -25,14 +25,12 @@ constexpr std::size_t kMaxAlignment = alignof(std::max_align_t);
 constexpr std::size_t kBlockHeader =
     (sizeof(void*) + sizeof(std::size_t) + kMaxAlignment - 1) / kMaxAlignment * kMaxAlignment;
 
+// Read by every converter allocation. The library is linked, not loaded late, so the static
+// TLS model applies: a plain load instead of a call to the TLS resolver.
+#if defined(__GNUC__)
+__attribute__((tls_model("initial-exec")))
+#endif
 thread_local ConverterStorage* currentStorage = nullptr;
-
-unsigned char* AlignUp(unsigned char* pointer, std::size_t alignment)
-{
-    const std::uintptr_t value = reinterpret_cast<std::uintptr_t>(pointer);
-    const std::uintptr_t aligned = (value + (alignment - 1)) & ~static_cast<std::uintptr_t>(alignment - 1);
-    return pointer + (aligned - value);
-}
 } // namespace
 
 ConverterStorage::~ConverterStorage()
@@ -45,21 +43,18 @@ ConverterStorage::~ConverterStorage()
     }
 }
 
-void* ConverterStorage::Allocate(std::size_t size, std::size_t alignment)
+void* ConverterStorage::AllocateInNewBlock(std::size_t size)
 {
     static_assert(sizeof(Block) <= kBlockHeader, "the block header fits");
-    unsigned char* start = cursor_ != nullptr ? AlignUp(cursor_, alignment) : nullptr;
-    if (start == nullptr || static_cast<std::size_t>(end_ - start) < size)
-    {
-        const std::size_t usable = std::max(blocks_ == nullptr ? kFirstBlockSize : kBlockSize, size);
-        void* raw = ::operator new(kBlockHeader + usable);
-        Block* block = static_cast<Block*>(raw);
-        block->next = blocks_;
-        block->size = usable;
-        blocks_ = block;
-        start = static_cast<unsigned char*>(raw) + kBlockHeader;
-        end_ = start + usable;
-    }
+    // A new block starts at the strictest alignment: whatever alignment was asked for holds.
+    const std::size_t usable = std::max(blocks_ == nullptr ? kFirstBlockSize : kBlockSize, size);
+    void* raw = ::operator new(kBlockHeader + usable);
+    Block* block = static_cast<Block*>(raw);
+    block->next = blocks_;
+    block->size = usable;
+    blocks_ = block;
+    unsigned char* start = static_cast<unsigned char*>(raw) + kBlockHeader;
+    end_ = start + usable;
     cursor_ = start + size;
     return start;
 }

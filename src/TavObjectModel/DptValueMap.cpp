@@ -100,12 +100,13 @@ DptValueMap& DptValueMap::operator=(const DptValueMap& other)
 
 detail::ConverterStorage& DptValueMap::Storage()
 {
-    if (storage_ == nullptr)
+    if (storage_ != nullptr)
     {
-        storage_ = std::make_unique<detail::ConverterStorage>();
-        // The standard table's size: one allocation for the slots.
-        slots_.reserve(64);
+        return *storage_;
     }
+    storage_ = std::make_unique<detail::ConverterStorage>();
+    // The standard table's size: one allocation for the slots.
+    slots_.reserve(64);
     return *storage_;
 }
 
@@ -115,7 +116,9 @@ DptValueMap::SubEntries DptValueMap::FindMain(std::uint16_t main) const
     if (main < kIndexedMainCount)
     {
         const MainRange range = mainRanges_[main];
-        return SubEntries(slots + range.first, slots + range.first + range.count);
+        // A main number without entries may keep a stale start.
+        return range.count == 0 ? SubEntries(slots, slots)
+                                : SubEntries(slots + range.first, slots + range.first + range.count);
     }
     const auto lower = std::lower_bound(slots, slots + slots_.size(), main,
                                         [](const Slot& slot, std::uint16_t value) { return slot.main < value; });
@@ -233,27 +236,21 @@ const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
 
 bool DptValueMap::Insert(std::uint16_t main, std::uint16_t sub, DptValueEntry* entry)
 {
-    const std::uint32_t key = static_cast<std::uint32_t>(main) << 16 | sub;
-    const auto position = std::lower_bound(slots_.begin(), slots_.end(), key, [](const Slot& slot, std::uint32_t value) {
-        return (static_cast<std::uint32_t>(slot.main) << 16 | slot.sub) < value;
-    });
+    const auto before = [](const Slot& slot, const Slot& other) {
+        return slot.main < other.main || (slot.main == other.main && slot.sub < other.sub);
+    };
+    const Slot inserted{main, sub, entry};
+    const auto position = std::lower_bound(slots_.begin(), slots_.end(), inserted, before);
     if (position != slots_.end() && position->main == main && position->sub == sub)
     {
         return false;
     }
     const std::size_t index = static_cast<std::size_t>(position - slots_.begin());
-    const bool appended = position == slots_.end();
-    slots_.insert(position, Slot{main, sub, entry});
-    if (!appended)
+    slots_.insert(position, inserted);
+    // The slots of the higher main numbers moved up by one.
+    for (std::size_t higher = static_cast<std::size_t>(main) + 1u; higher < kIndexedMainCount; ++higher)
     {
-        // The slots behind the new one moved up by one.
-        for (MainRange& range : mainRanges_)
-        {
-            if (range.count != 0 && range.first >= index)
-            {
-                ++range.first;
-            }
-        }
+        ++mainRanges_[higher].first;
     }
     if (main < kIndexedMainCount)
     {
@@ -269,6 +266,21 @@ bool DptValueMap::Insert(std::uint16_t main, std::uint16_t sub, DptValueEntry* e
 
 void DptValueMap::Keep(const KNXDPT& dpt, DptValueEntry* stored)
 {
+    // Tables are mostly registered in order: then the new slot simply goes to the end (the
+    // reserved capacity makes push_back safe from throwing here).
+    if (dpt.main < kIndexedMainCount && slots_.size() < slots_.capacity() &&
+        (slots_.empty() || slots_.back().main < dpt.main ||
+         (slots_.back().main == dpt.main && slots_.back().sub < dpt.sub)))
+    {
+        MainRange& range = mainRanges_[dpt.main];
+        if (range.count == 0)
+        {
+            range.first = static_cast<std::uint16_t>(slots_.size());
+        }
+        ++range.count;
+        slots_.push_back(Slot{dpt.main, dpt.sub, stored});
+        return;
+    }
     bool inserted = false;
     try
     {
@@ -327,15 +339,16 @@ void DptValueMap::Destroy()
 {
     for (Slot& slot : slots_)
     {
-        slot.entry->~DptValueEntry();
+        // Built here as exactly this class: no virtual dispatch needed.
+        slot.entry->DptValueEntry::~DptValueEntry();
     }
     slots_.clear();
-    mainRanges_.fill(MainRange{0, 0});
 }
 
 void DptValueMap::Clear()
 {
     Destroy();
+    mainRanges_.fill(MainRange{0, 0});
     storage_.reset();
 }
 } // namespace Okaro

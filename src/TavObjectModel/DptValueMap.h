@@ -177,6 +177,7 @@ private:
     bool Insert(std::uint16_t main, std::uint16_t sub, DptValueEntry* entry);
     // Inserts `stored`, or destroys it when the DPT is already there (or inserting throws).
     void Keep(const KNXDPT& dpt, DptValueEntry* stored);
+    // Destroys every entry (and so its converter); the index is left to the caller.
     void Destroy();
 
     // Sorted by main, then sub number; the entries and their converters (when cloned here)

@@ -3,6 +3,7 @@
 // blocks handed out front to back and freed all at once, instead of one heap allocation per
 // entry and per converter. Not installed.
 #include <cstddef>
+#include <cstdint>
 
 namespace Okaro
 {
@@ -18,10 +19,25 @@ public:
 
     // Never null; throws std::bad_alloc. `alignment` is a power of two, at most
     // alignof(std::max_align_t).
-    void* Allocate(std::size_t size, std::size_t alignment);
+    void* Allocate(std::size_t size, std::size_t alignment)
+    {
+        if (cursor_ != nullptr)
+        {
+            const std::uintptr_t at = reinterpret_cast<std::uintptr_t>(cursor_);
+            const std::size_t padding = static_cast<std::size_t>((alignment - (at & (alignment - 1))) & (alignment - 1));
+            if (static_cast<std::size_t>(end_ - cursor_) >= padding + size)
+            {
+                unsigned char* start = cursor_ + padding;
+                cursor_ = start + size;
+                return start;
+            }
+        }
+        return AllocateInNewBlock(size);
+    }
 
 private:
     struct Block;
+    void* AllocateInNewBlock(std::size_t size);
     // The first block is large enough for the standard table.
     static constexpr std::size_t kFirstBlockSize = 8192;
     static constexpr std::size_t kBlockSize = 2048;

@@ -20,6 +20,22 @@ using detail::DptText;
 namespace
 {
 const log4cplus::LogLevel kError = log4cplus::ERROR_LOG_LEVEL;
+
+// The lookup's fall-backs to the no-entry record, out of line so that a found entry costs
+// only the search.
+[[gnu::noinline, gnu::cold]] const DptValueEntry& NoEntryFor(const KNXDPT& dpt, int line)
+{
+    TAV_LOG_FROM(GetGlobalDefaultLogger(), kError, "GetEntry", LogFile::KnxValueConverter, line,
+                 "No Entry found for DPT = " << DptText{dpt});
+    return DptValueMap::GetNoEntryRecord();
+}
+
+[[gnu::noinline, gnu::cold]] const DptValueEntry& NoWildcardFor(const KNXDPT& dpt)
+{
+    TAV_LOG_FROM(GetGlobalDefaultLogger(), kError, "GetEntry", LogFile::KnxValueConverter, 160,
+                 "No Entry found for DPT = " << static_cast<unsigned int>(dpt.main) << ".x");
+    return DptValueMap::GetNoEntryRecord();
+}
 } // namespace
 
 // ---------------------------------------------------------------------------------------
@@ -210,8 +226,7 @@ const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
     const SubEntries subEntries = FindMain(dpt.main);
     if (subEntries.empty())
     {
-        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 141, "No Entry found for DPT = " << DptText{dpt});
-        return GetNoEntryRecord();
+        return NoEntryFor(dpt, 141);
     }
     const DptValueEntry* exact = subEntries.Find(dpt.sub);
     if (exact != nullptr)
@@ -220,18 +235,15 @@ const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
     }
     if (dpt.sub == 0)
     {
-        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 152, "No Entry found for DPT = " << DptText{dpt});
-        return GetNoEntryRecord();
+        return NoEntryFor(dpt, 152);
     }
     // Sorted by sub number: the wildcard, when there is one, comes first.
-    const SubEntries::const_iterator first = subEntries.begin();
-    if ((*first).first == 0)
+    const auto first = *subEntries.begin();
+    if (first.first == 0)
     {
-        return (*first).second;
+        return first.second;
     }
-    TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 160,
-            "No Entry found for DPT = " << static_cast<unsigned int>(dpt.main) << ".x");
-    return GetNoEntryRecord();
+    return NoWildcardFor(dpt);
 }
 
 bool DptValueMap::Insert(std::uint16_t main, std::uint16_t sub, DptValueEntry* entry)

@@ -2,6 +2,7 @@
 #include <TavObjectModel/KnxConverter.h>
 
 #include <TavObjectModel/detail/KnxConverterSupport.h>
+#include <platform/KnxFloat16.h>
 #include <platform/detail/FloatNarrowing.h>
 
 #include <cmath>
@@ -111,12 +112,14 @@ bool KnxConverterFloat16BitFloat::FromKnxValue(const KNXDPT& dpt, const KnxStack
                                                OKAVALUE& out) const
 {
     TraceFromKnx(dpt, in);
-    if (in.GetAsUnsigned16() == kFloat16InvalidRaw)
+    const std::uint16_t code = in.GetAsUnsigned16();
+    if (code == kFloat16InvalidRaw)
     {
         out.type = kInvalidValueType;
         return true;
     }
-    const double x = in.GetAsFloat16();
+    // GetAsFloat16 of the same two bytes, read once.
+    const double x = KnxStack::DecodeKnxFloat16(code);
     out.numeric.real = x;  // stored even when refused below; the type is the caller's
     if (!range_.IsInRange(x))
     {

@@ -127,6 +127,28 @@ bool Contains(const std::vector<std::int32_t>& set, std::int32_t valueType)
 {
     return std::find(set.begin(), set.end(), valueType) != set.end();
 }
+
+// The entry's converter on `input` (the group value, or its copy at the DPT's own size);
+// `received` is what the failure line shows.
+bool ConvertFromKnx(const DptValueEntry& entry, const KNXDPT& dpt, const KnxStack::GroupValue& input,
+                    const KnxStack::GroupValue& received, OKAVALUE& value)
+{
+    const KnxConverter* converter = entry.GetConverter();
+    if (converter == nullptr)
+    {
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), kError, "FromKnxValue", LogFile::KnxValueConverter, 316,
+                     "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
+        return false;
+    }
+    if (!converter->FromKnxValue(dpt, input, value))
+    {
+        TAV_LOG_FROM(GetGlobalDefaultLogger(), kError, "FromKnxValue", LogFile::KnxValueConverter, 321,
+                     "Convert from KNX value failed for DPT = " << DptText{dpt} << " GroupValue = "
+                                                                << received.GetRawData().ToString());
+        return false;
+    }
+    return true;
+}
 } // namespace
 
 // ---------------------------------------------------------------------------------------
@@ -204,30 +226,7 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
 
         const std::uint32_t expected = GetExpectedBitSize(dpt.main);
         const unsigned int actual = groupValue.GetDefinedSize();
-        bool sizeIsWrong = false;
-        const KnxStack::GroupValue* input = &groupValue;
-        KnxStack::GroupValue narrowed;
-        if (expected <= 6)
-        {
-            if (actual > 6)
-            {
-                sizeIsWrong = true;
-            }
-            else
-            {
-                // Short values arrive from the bus with size 6; the converter needs the
-                // DPT's own size. Copied only then: the copy allocates.
-                if (actual == 6)
-                {
-                    narrowed = KnxStack::GroupValue(groupValue.GetRawData(), expected);
-                    input = &narrowed;
-                }
-            }
-        }
-        else if (expected != kAnyBitSize && actual != expected)
-        {
-            sizeIsWrong = true;
-        }
+        const bool sizeIsWrong = expected <= 6 ? actual > 6 : expected != kAnyBitSize && actual != expected;
         if (sizeIsWrong)
         {
             TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 307,
@@ -235,21 +234,14 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
                                                               << actual << ", expected: " << expected);
             return false;
         }
-
-        const KnxConverter* converter = entry.GetConverter();
-        if (converter == nullptr)
+        if (expected <= 6 && actual == 6)
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 316, "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
-            return false;
+            // Short values arrive from the bus with size 6; the converter needs the DPT's own
+            // size. Copied only then: the copy allocates.
+            const KnxStack::GroupValue narrowed(groupValue.GetRawData(), expected);
+            return ConvertFromKnx(entry, dpt, narrowed, groupValue, value);
         }
-        if (!converter->FromKnxValue(dpt, *input, value))
-        {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 321,
-                    "Convert from KNX value failed for DPT = " << DptText{dpt} << " GroupValue = "
-                                                               << groupValue.GetRawData().ToString());
-            return false;
-        }
-        return true;
+        return ConvertFromKnx(entry, dpt, groupValue, groupValue, value);
     }
     catch (const KnxStack::GroupValueException& exception)
     {

@@ -14,9 +14,12 @@ namespace Okaro
 {
 namespace detail
 {
+// The global default logger object, looked up once: every conversion tests its level, and
+// the level itself is read from the logger on every test.
 inline const log4cplus::Logger& ConverterLog()
 {
-    return GetGlobalDefaultLogger();
+    static const log4cplus::Logger& logger = GetGlobalDefaultLogger();
+    return logger;
 }
 
 constexpr OkaValueType kInvalidValueType = static_cast<OkaValueType>(0);

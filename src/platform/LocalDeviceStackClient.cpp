@@ -308,12 +308,18 @@ void LocalDeviceStackClient::Schedule(const AnswerPlan& plan, Delivery deliver)
         ++counters.answersScheduled;
     }
     const std::uint64_t last = nextSequence;
-    changed.notify_all();
 
     // The requester may hold a lock the handler needs (the docket mutex) until after we
     // return, so we wait only for the answer to start, and only when the callback thread is
     // idle: then nothing but our own answer stands before it. Once anything starts we return.
-    if (plan.beforeReturn && idle && std::this_thread::get_id() != callbackThread.get_id())
+    if (!plan.beforeReturn || !idle || std::this_thread::get_id() == callbackThread.get_id())
+    {
+        // Woken after the lock is released: the callback thread does not wake into a held lock.
+        lock.unlock();
+        changed.notify_all();
+        return;
+    }
+    changed.notify_all();
     {
         const std::uint64_t startedBefore = startedCount;
         changed.wait(lock, [&] { return startedCount != startedBefore || stopping; });

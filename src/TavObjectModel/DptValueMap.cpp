@@ -25,14 +25,14 @@ const log4cplus::LogLevel kError = log4cplus::ERROR_LOG_LEVEL;
 // only the search.
 [[gnu::noinline, gnu::cold]] const DptValueEntry& NoEntryFor(const KNXDPT& dpt, int line)
 {
-    TAV_LOG_FROM(GetGlobalDefaultLogger(), kError, "GetEntry", LogFile::KnxValueConverter, line,
+    TAV_LOG_COLD_FROM(GetGlobalDefaultLogger(), kError, "GetEntry", LogFile::KnxValueConverter, line,
                  "No Entry found for DPT = " << DptText{dpt});
     return DptValueMap::GetNoEntryRecord();
 }
 
 [[gnu::noinline, gnu::cold]] const DptValueEntry& NoWildcardFor(const KNXDPT& dpt)
 {
-    TAV_LOG_FROM(GetGlobalDefaultLogger(), kError, "GetEntry", LogFile::KnxValueConverter, 160,
+    TAV_LOG_COLD_FROM(GetGlobalDefaultLogger(), kError, "GetEntry", LogFile::KnxValueConverter, 160,
                  "No Entry found for DPT = " << static_cast<unsigned int>(dpt.main) << ".x");
     return DptValueMap::GetNoEntryRecord();
 }

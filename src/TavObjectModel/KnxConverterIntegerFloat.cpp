@@ -99,7 +99,7 @@ bool KnxConverterFloat16BitFloat::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& 
     const double x = value.numeric.real;
     if (!range_.IsInRange(x))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 827,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 827,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", f=" << x
                                              << " is out of the allowed range.");
         return false;
@@ -123,7 +123,7 @@ bool KnxConverterFloat16BitFloat::FromKnxValue(const KNXDPT& dpt, const KnxStack
     out.numeric.real = x;  // stored even when refused below; the type is the caller's
     if (!range_.IsInRange(x))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 849,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 849,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", f=" << x
                                              << " is out of the allowed range.");
         return false;
@@ -139,13 +139,13 @@ bool KnxConverterInteger32BitUnsigned::ToKnxValue(const KNXDPT& dpt, const OKAVA
     TraceToKnx(dpt, value);
     if (value.type != ivtDWord)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1040, "Wrong oka value type (ivtDWord)!");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1040, "Wrong oka value type (ivtDWord)!");
         return false;
     }
     const std::uint32_t dword = value.numeric.dword;
     if (!range_.IsInRange(dword))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1046,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1046,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", ivt=" << value.type
                                              << " is out of range: " << dword << "!");
         return false;
@@ -161,7 +161,7 @@ bool KnxConverterInteger32BitUnsigned::FromKnxValue(const KNXDPT& dpt, const Knx
     const std::uint32_t raw = in.GetAsUnsigned32();
     if (!range_.IsInRange(raw))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1062,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1062,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", ivt=" << out.type
                                              << " is out of range: " << raw << "!");
         return false;
@@ -184,7 +184,7 @@ bool KnxConverterInteger32BitSigned::ToKnxValue(const KNXDPT& dpt, const OKAVALU
     const std::int32_t v = value.numeric.integer;
     if (!range_.IsInRange(v))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1085,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1085,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", ivt=" << value.type
                                              << " is out of range: " << v << "!");
         return false;
@@ -209,7 +209,7 @@ bool KnxConverterInteger32BitSigned::FromKnxValue(const KNXDPT& dpt, const KnxSt
     const std::int32_t raw = in.GetAsSigned32();
     if (!range_.IsInRange(raw))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1110,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1110,
                 "The group value of DPT=" << dpt.main << "." << dpt.sub << " is out of range: " << raw << "!");
         return false;
     }

@@ -136,13 +136,13 @@ bool ConvertFromKnx(const DptValueEntry& entry, const KNXDPT& dpt, const KnxStac
     const KnxConverter* converter = entry.GetConverter();
     if (converter == nullptr)
     {
-        TAV_LOG_FROM(GetGlobalDefaultLogger(), kError, "FromKnxValue", LogFile::KnxValueConverter, 316,
+        TAV_LOG_COLD_FROM(GetGlobalDefaultLogger(), kError, "FromKnxValue", LogFile::KnxValueConverter, 316,
                      "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
         return false;
     }
     if (!converter->FromKnxValue(dpt, input, value))
     {
-        TAV_LOG_FROM(GetGlobalDefaultLogger(), kError, "FromKnxValue", LogFile::KnxValueConverter, 321,
+        TAV_LOG_COLD_FROM(GetGlobalDefaultLogger(), kError, "FromKnxValue", LogFile::KnxValueConverter, 321,
                      "Convert from KNX value failed for DPT = " << DptText{dpt} << " GroupValue = "
                                                                 << received.GetRawData().ToString());
         return false;
@@ -179,7 +179,7 @@ void KnxValueConverter::FillDptValueMap()
         if (!AddDptValueMapEntry(row.mainNumber, row.subNumber, row.bitSize, row.valueType, row.valueSubType,
                                  converter))
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 234, "Add DPT value map entry failed. DPT=" << row.text);
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 234, "Add DPT value map entry failed. DPT=" << row.text);
         }
     }
 }
@@ -205,7 +205,7 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
             }
             if (dpt.main == 0)
             {
-                TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 260,
+                TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 260,
                         "Convert from KNX value failed. Missing DPT. GroupValue = "
                             << groupValue.GetRawData().ToString());
                 return false;
@@ -216,8 +216,8 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
         if (entry.GetValueType() == ivtEmpty)
         {
             // Unknown DPTs are passed through as valid rather than dropped.
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 271, "No Entry found for DPT = " << DptText{dpt});
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 272, "Assume validity and accept value!");
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 271, "No Entry found for DPT = " << DptText{dpt});
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 272, "Assume validity and accept value!");
             value.type = ivtEmpty;
             return true;
         }
@@ -229,7 +229,7 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
         const bool sizeIsWrong = expected <= 6 ? actual > 6 : expected != kAnyBitSize && actual != expected;
         if (sizeIsWrong)
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 307,
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 307,
                     "Failed to convert a GroupValue for DPT " << DptText{dpt} << " because of unexpected bit size: "
                                                               << actual << ", expected: " << expected);
             return false;
@@ -245,7 +245,7 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
     }
     catch (const KnxStack::GroupValueException& exception)
     {
-        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 330,
+        TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 330,
                 "Exception caught during conversion of GroupValue: " << exception.what() << "(DPT: " << DptText{dpt}
                                                                       << ", Value: " << value.ToString() << ")");
         return false;
@@ -264,7 +264,7 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
             }
             if (dpt.main == 0)
             {
-                TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 349,
+                TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 349,
                         "Convert to KNX value failed. Missing DPT. val = " << value.ToString());
                 return false;
             }
@@ -273,15 +273,15 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
         const DptValueEntry& entry = GetEntry(dpt);
         if (entry.GetValueType() == ivtEmpty)
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 358, "No Entry found for DPT = " << DptText{dpt});
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 359, "Assume validity and accept value!");
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 358, "No Entry found for DPT = " << DptText{dpt});
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 359, "Assume validity and accept value!");
             return true;
         }
 
         // A value of type 0 (invalid) goes to the converter unchecked.
         if (value.type != 0 && !AreValueTypesCompatible(value.type, entry.GetValueType()))
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 366,
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 366,
                     "Invalid value type found for DPT = " << DptText{dpt}
                                                           << " val.ivt=" << static_cast<std::int32_t>(value.type));
             return false;
@@ -290,12 +290,12 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
         const KnxConverter* converter = entry.GetConverter();
         if (converter == nullptr)
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 375, "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 375, "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
             return false;
         }
         if (!converter->ToKnxValue(dpt, value, groupValue))
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 380,
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 380,
                     "Convert to KNX value failed for DPT = " << DptText{dpt} << " val = " << value.ToString());
             return false;
         }
@@ -303,7 +303,7 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
     }
     catch (const KnxStack::GroupValueException& exception)
     {
-        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 388,
+        TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 388,
                 "Exception caught during conversion of OKAVALUE to GroupValue: " << exception.what());
         return false;
     }

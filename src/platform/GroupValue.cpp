@@ -68,11 +68,7 @@ void GroupValue::SetRawData(const BinaryData& rawData)
 void GroupValue::SetBytes(const unsigned char* bytes, unsigned int count, unsigned int definedSize)
 {
     // In place: a group value reused for sending keeps its buffer instead of allocating anew.
-    rawData_.Resize(count);
-    for (unsigned int i = 0; i < count; ++i)
-    {
-        rawData_.SetUInt8Value(i, bytes[i]);
-    }
+    rawData_.Assign(bytes, count);
     definedSize_ = definedSize;
 }
 

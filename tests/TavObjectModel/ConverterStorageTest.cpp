@@ -1,11 +1,14 @@
 // Where converter objects live: the heap for a plain Clone, the DPT value map's own storage
 // for the clones it keeps; deleted through the virtual destructor either way.
+#include "support/LogCapture.h"
+
 #include <TavObjectModel/DptValueMap.h>
 #include <TavObjectModel/KnxConverter.h>
 #include <TavObjectModel/KnxValueConverter.h>
 #include <TavObjectModel/detail/ConverterStorage.h>
 
 #include <gtest/gtest.h>
+#include <log4cplus/logger.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -13,6 +16,7 @@
 #include <new>
 #include <set>
 #include <thread>
+#include <vector>
 
 using namespace Okaro;
 
@@ -184,4 +188,29 @@ TEST(ConverterStorage, EveryConstructedFrontOwnsDistinctConvertersOfItsOwn)
         }
     }
     EXPECT_EQ(seen.size(), 53u);
+}
+
+// The converters find their logger once, but read its level on every call: a level set on
+// the logger counts from the very next conversion, up and down.
+TEST(ConverterStorage, LevelsSetOnTheLoggerCountFromTheNextCall)
+{
+    KnxValueConverter front;
+    const unsigned char bytes[] = {0x0C, 0x1A};
+    const KnxStack::GroupValue telegram(KnxStack::BinaryData(bytes, 2), 16);
+    OKAVALUE value;
+    TavTest::LogCapture capture(log4cplus::INFO_LOG_LEVEL);
+    log4cplus::Logger tav = log4cplus::Logger::getInstance(LOG4CPLUS_TEXT("Tav"));
+    const log4cplus::LogLevel before = tav.getLogLevel();
+
+    ASSERT_TRUE(front.FromKnxValue(KNXDPT{16, 9, 1}, telegram, value));
+    EXPECT_TRUE(capture.Lines().empty());
+
+    tav.setLogLevel(log4cplus::DEBUG_LOG_LEVEL);
+    ASSERT_TRUE(front.FromKnxValue(KNXDPT{16, 9, 1}, telegram, value));
+    tav.setLogLevel(log4cplus::ERROR_LOG_LEVEL);
+    ASSERT_TRUE(front.FromKnxValue(KNXDPT{16, 9, 1}, telegram, value));
+    tav.setLogLevel(before);
+
+    EXPECT_EQ(capture.Lines(), std::vector<TavTest::LogLine>{
+                                   TavTest::Trace("FromKnxValue - DPT is used. DPT = 9.1 grp.size=16 grp.val=0c 1a")});
 }

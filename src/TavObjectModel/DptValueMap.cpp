@@ -359,8 +359,12 @@ void DptValueMap::Destroy()
 
 void DptValueMap::Clear()
 {
-    Destroy();
-    mainRanges_.fill(MainRange{0, 0});
+    // Without slots every main number is already without entries (a new map, or one cleared).
+    if (!slots_.empty())
+    {
+        Destroy();
+        mainRanges_.fill(MainRange{0, 0});
+    }
     storage_.reset();
 }
 } // namespace Okaro

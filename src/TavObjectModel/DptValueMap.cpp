@@ -108,7 +108,8 @@ DptValueMap& DptValueMap::operator=(const DptValueMap& other)
         slots_.reserve(other.slots_.size());
         for (const Slot& slot : other.slots_)
         {
-            AddEntry(slot.entry->GetDpt(), *slot.entry);
+            // Under the key it was registered with, which need not be the entry's own DPT.
+            AddEntry(KNXDPT{slot.entry->GetDpt().size, slot.main, slot.sub}, *slot.entry);
         }
     }
     return *this;

@@ -362,3 +362,13 @@ TEST_F(DptValueMapWithEntries, EntriesStayWhereTheyAreWhenOthersAreAdded)
     EXPECT_EQ(TagOf(before), 403);
     EXPECT_EQ(map.GetEntryCount(), 42u);
 }
+
+TEST_F(DptValueMapWithEntries, CopyKeepsTheKeyAnEntryWasRegisteredUnder)
+{
+    // Registered under 60.2, though the entry itself names 8.50.1.
+    ASSERT_TRUE(map.AddEntry(KNXDPT{8, 60, 2}, MakeEntry(KNXDPT{8, 50, 1}, ivtByte, 602)));
+    const DptValueMap copy(map);
+    EXPECT_EQ(TagOf(copy.GetEntry(KNXDPT{8, 60, 2})), 602);
+    EXPECT_EQ(copy.GetEntry(KNXDPT{8, 60, 2}).GetDpt().main, 50);
+    EXPECT_EQ(copy.GetEntryCount(), 4u);
+}

@@ -83,7 +83,7 @@ void* KnxConverter::operator new(std::size_t size)
     detail::ConverterStorage* storage = detail::currentStorage;
     void* raw = storage != nullptr ? storage->Allocate(kObjectHeader + size, kObjectHeader)
                                    : ::operator new(kObjectHeader + size);
-    *static_cast<detail::ConverterStorage**>(raw) = storage;
+    ::new (raw) detail::ConverterStorage*(storage);
     return static_cast<unsigned char*>(raw) + kObjectHeader;
 }
 
@@ -95,7 +95,7 @@ void KnxConverter::operator delete(void* object) noexcept
     }
     void* raw = static_cast<unsigned char*>(object) - kObjectHeader;
     // Storage memory goes back when the storage ends.
-    if (*static_cast<detail::ConverterStorage**>(raw) == nullptr)
+    if (*static_cast<detail::ConverterStorage* const*>(raw) == nullptr)
     {
         ::operator delete(raw);
     }

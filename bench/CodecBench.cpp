@@ -1,6 +1,7 @@
 // The switch-driven codec for the DPTs applications use most: a temperature, a time of day,
 // a text and a date with time.
 #include "BenchCases.h"
+#include "HeapCounter.h"
 
 #include <TavObjectModel/GroupValueOkaValue.h>
 
@@ -16,8 +17,10 @@ void GroupValueToOkaValue(benchmark::State& state, const DptCase& c)
     const unsigned long packed = c.Packed();
     if (!Okaro::GroupValueToOkaValue(telegram, packed))
         state.SkipWithError("the telegram is refused");
+    const TavBench::HeapPerIteration heap;
     for (auto _ : state)
         benchmark::DoNotOptimize(Okaro::GroupValueToOkaValue(telegram, packed));
+    heap.Report(state);
 }
 
 void OkaValueToGroupValue(benchmark::State& state, const DptCase& c)
@@ -29,8 +32,10 @@ void OkaValueToGroupValue(benchmark::State& state, const DptCase& c)
     const unsigned long packed = c.Packed();
     if (!Okaro::OkaValueToGroupValue(value, packed))
         state.SkipWithError("the value is refused");
+    const TavBench::HeapPerIteration heap;
     for (auto _ : state)
         benchmark::DoNotOptimize(Okaro::OkaValueToGroupValue(value, packed));
+    heap.Report(state);
 }
 
 const bool registered = [] {

@@ -1,5 +1,5 @@
 // The table-driven front, one representative DPT per converter family, and what building
-// a converter costs.
+// a converter costs; each with the heap it takes per call.
 #include "BenchCases.h"
 #include "HeapCounter.h"
 
@@ -19,11 +19,13 @@ void FromKnxValue(benchmark::State& state, const DptCase& c)
     OKAVALUE value;
     if (!converter.FromKnxValue(dpt, telegram, value))
         state.SkipWithError("the telegram is refused");
+    const TavBench::HeapPerIteration heap;
     for (auto _ : state)
     {
         benchmark::DoNotOptimize(converter.FromKnxValue(dpt, telegram, value));
         benchmark::ClobberMemory();
     }
+    heap.Report(state);
 }
 
 void ToKnxValue(benchmark::State& state, const DptCase& c)
@@ -34,25 +36,24 @@ void ToKnxValue(benchmark::State& state, const DptCase& c)
     KnxStack::GroupValue telegram;
     if (!converter.ToKnxValue(dpt, value, telegram))
         state.SkipWithError("the value is refused");
+    const TavBench::HeapPerIteration heap;
     for (auto _ : state)
     {
         benchmark::DoNotOptimize(converter.ToKnxValue(dpt, value, telegram));
         benchmark::ClobberMemory();
     }
+    heap.Report(state);
 }
 
 void ConstructKnxValueConverter(benchmark::State& state)
 {
-    const TavBench::HeapCount before = TavBench::ReadHeapCount();
+    const TavBench::HeapPerIteration heap;
     for (auto _ : state)
     {
         Okaro::KnxValueConverter converter;
         benchmark::DoNotOptimize(&converter);
     }
-    const TavBench::HeapCount after = TavBench::ReadHeapCount();
-    const double constructions = static_cast<double>(state.iterations());
-    state.counters["heap_bytes"] = static_cast<double>(after.bytes - before.bytes) / constructions;
-    state.counters["allocations"] = static_cast<double>(after.allocations - before.allocations) / constructions;
+    heap.Report(state);
 }
 BENCHMARK(ConstructKnxValueConverter);
 

@@ -4,6 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 
+namespace benchmark
+{
+class State;
+} // namespace benchmark
+
 namespace TavBench
 {
 struct HeapCount
@@ -13,4 +18,16 @@ struct HeapCount
 };
 
 HeapCount ReadHeapCount();
+
+// Counts what a benchmark's timed loop takes from the heap, per iteration, as the counters
+// "allocations" and "heap_bytes". Start it right before the loop, Report right after.
+class HeapPerIteration
+{
+public:
+    HeapPerIteration() : before_(ReadHeapCount()) {}
+    void Report(benchmark::State& state) const;
+
+private:
+    HeapCount before_;
+};
 } // namespace TavBench

@@ -1,6 +1,8 @@
 // Blocking requests against the in-process device stack: each SetValue or GetValue sends,
 // files a docket, waits for the callback thread's answer and wakes up. Reported per call as
 // the median of every call's own latency (median_us) next to Google Benchmark's mean time.
+#include "HeapCounter.h"
+
 #include <TavObjectModel/DscAsyncRequestMessenger.h>
 #include <TavObjectModel/RequestMessengerDeviceStack.h>
 #include <platform/LocalDeviceStackClient.h>
@@ -46,6 +48,7 @@ void Measure(benchmark::State& state, Call call)
     std::vector<double> latencies;
     latencies.reserve(1u << 16);
     bool failed = false;
+    const TavBench::HeapPerIteration heap;
     for (auto _ : state)
     {
         const auto start = std::chrono::steady_clock::now();
@@ -54,6 +57,7 @@ void Measure(benchmark::State& state, Call call)
         failed = failed || !docket.IsReplyValid();
         latencies.push_back(std::chrono::duration<double, std::micro>(end - start).count());
     }
+    heap.Report(state);
     if (failed)
         state.SkipWithError("a request failed");
     // Averaged over the caller threads: each thread's median.

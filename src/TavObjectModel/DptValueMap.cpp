@@ -6,7 +6,11 @@
 #include <TavObjectModel/detail/LogFiles.h>
 #include <platform/Logging.h>
 
-#include <tuple>
+#include <TavObjectModel/detail/ConverterStorage.h>
+
+#include <algorithm>
+#include <new>
+#include <stdexcept>
 #include <utility>
 
 namespace Okaro
@@ -16,6 +20,22 @@ using detail::DptText;
 namespace
 {
 const log4cplus::LogLevel kError = log4cplus::ERROR_LOG_LEVEL;
+
+// The lookup's fall-backs to the no-entry record, out of line so that a found entry costs
+// only the search.
+[[gnu::noinline, gnu::cold]] const DptValueEntry& NoEntryFor(const KNXDPT& dpt, int line)
+{
+    TAV_LOG_COLD_FROM(GetGlobalDefaultLogger(), kError, "GetEntry", LogFile::KnxValueConverter, line,
+                 "No Entry found for DPT = " << DptText{dpt});
+    return DptValueMap::GetNoEntryRecord();
+}
+
+[[gnu::noinline, gnu::cold]] const DptValueEntry& NoWildcardFor(const KNXDPT& dpt)
+{
+    TAV_LOG_COLD_FROM(GetGlobalDefaultLogger(), kError, "GetEntry", LogFile::KnxValueConverter, 160,
+                 "No Entry found for DPT = " << static_cast<unsigned int>(dpt.main) << ".x");
+    return DptValueMap::GetNoEntryRecord();
+}
 } // namespace
 
 // ---------------------------------------------------------------------------------------
@@ -71,123 +91,281 @@ const DptValueEntry& DptValueMap::GetNoEntryRecord()
     return record;
 }
 
-DptValueMap::DptValueMap(const DptValueMap& other) : entries_(other.entries_)
+DptValueMap::DptValueMap() { mainRanges_.fill(MainRange{0, 0}); }
+
+DptValueMap::~DptValueMap() { Destroy(); }
+
+DptValueMap::DptValueMap(const DptValueMap& other) : DptValueMap()
 {
-    RebuildIndex();
+    *this = other;
 }
 
 DptValueMap& DptValueMap::operator=(const DptValueMap& other)
 {
     if (this != &other)
     {
-        entries_ = other.entries_;
-        RebuildIndex();
+        Clear();
+        slots_.reserve(other.slots_.size());
+        for (const Slot& slot : other.slots_)
+        {
+            // Under the key it was registered with, which need not be the entry's own DPT.
+            AddEntry(KNXDPT{slot.entry->GetDpt().size, slot.main, slot.sub}, *slot.entry);
+        }
     }
     return *this;
 }
 
-const DptValueMap::SubMap* DptValueMap::FindSubMap(std::uint16_t main) const
+detail::ConverterStorage& DptValueMap::Storage()
 {
+    if (storage_ != nullptr)
+    {
+        return *storage_;
+    }
+    storage_ = std::make_unique<detail::ConverterStorage>();
+    // The standard table's size: one allocation for the slots.
+    slots_.reserve(64);
+    return *storage_;
+}
+
+DptValueMap::SubEntries DptValueMap::FindMain(std::uint16_t main) const
+{
+    const Slot* const slots = slots_.data();
     if (main < kIndexedMainCount)
     {
-        return main < subMapByMain_.size() ? subMapByMain_[main] : nullptr;
+        const MainRange range = mainRanges_[main];
+        // A main number without entries may keep a stale start.
+        return range.count == 0 ? SubEntries(slots, slots)
+                                : SubEntries(slots + range.first, slots + range.first + range.count);
     }
-    const auto mainEntry = entries_.find(main);
-    return mainEntry != entries_.end() ? &mainEntry->second : nullptr;
+    const auto lower = std::lower_bound(slots, slots + slots_.size(), main,
+                                        [](const Slot& slot, std::uint16_t value) { return slot.main < value; });
+    const Slot* upper = lower;
+    while (upper != slots + slots_.size() && upper->main == main)
+    {
+        ++upper;
+    }
+    return SubEntries(lower, upper);
 }
 
-void DptValueMap::IndexMain(std::uint16_t main, const SubMap& subEntries)
+const DptValueEntry* DptValueMap::SubEntries::Find(std::uint16_t sub) const
 {
-    if (main >= kIndexedMainCount)
+    // A main number has a few entries (9.x the most, 20): a straight scan is fastest.
+    for (const Slot* slot = first_; slot != last_ && slot->sub <= sub; ++slot)
     {
-        return;
+        if (slot->sub == sub)
+        {
+            return slot->entry;
+        }
     }
-    if (subMapByMain_.empty())
-    {
-        // One allocation: the standard table reaches main number 238 anyway.
-        subMapByMain_.resize(kIndexedMainCount, nullptr);
-    }
-    subMapByMain_[main] = &subEntries;
+    return nullptr;
 }
 
-void DptValueMap::RebuildIndex()
+const DptValueEntry& DptValueMap::SubEntries::at(std::uint16_t sub) const
 {
-    subMapByMain_.clear();
-    for (const auto& mainEntry : entries_)
+    const DptValueEntry* entry = Find(sub);
+    if (entry == nullptr)
     {
-        IndexMain(mainEntry.first, mainEntry.second);
+        throw std::out_of_range("DptValueMap: no entry for this sub number");
     }
+    return *entry;
+}
+
+DptValueMap::Entries::const_iterator::value_type DptValueMap::Entries::const_iterator::operator*() const
+{
+    const Slot* last = slot_;
+    while (last != last_ && last->main == slot_->main)
+    {
+        ++last;
+    }
+    return value_type(slot_->main, SubEntries(slot_, last));
+}
+
+DptValueMap::Entries::const_iterator& DptValueMap::Entries::const_iterator::operator++()
+{
+    const std::uint16_t main = slot_->main;
+    while (slot_ != last_ && slot_->main == main)
+    {
+        ++slot_;
+    }
+    return *this;
+}
+
+DptValueMap::Entries::const_iterator DptValueMap::Entries::begin() const
+{
+    const Slot* const slots = map_.slots_.data();
+    return const_iterator(slots, slots + map_.slots_.size());
+}
+
+DptValueMap::Entries::const_iterator DptValueMap::Entries::end() const
+{
+    const Slot* const last = map_.slots_.data() + map_.slots_.size();
+    return const_iterator(last, last);
+}
+
+std::size_t DptValueMap::Entries::size() const
+{
+    std::size_t mains = 0;
+    for (auto main = begin(); main != end(); ++main)
+    {
+        ++mains;
+    }
+    return mains;
+}
+
+DptValueMap::SubEntries DptValueMap::Entries::at(std::uint16_t main) const
+{
+    const SubEntries subEntries = map_.FindMain(main);
+    if (subEntries.empty())
+    {
+        throw std::out_of_range("DptValueMap: no entry for this main number");
+    }
+    return subEntries;
 }
 
 const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
 {
-    const SubMap* found = FindSubMap(dpt.main);
-    if (found == nullptr)
+    const SubEntries subEntries = FindMain(dpt.main);
+    if (subEntries.empty())
     {
-        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 141, "No Entry found for DPT = " << DptText{dpt});
-        return GetNoEntryRecord();
+        return NoEntryFor(dpt, 141);
     }
-    const SubMap& subEntries = *found;
-    const auto exact = subEntries.find(dpt.sub);
-    if (exact != subEntries.end())
+    const DptValueEntry* exact = subEntries.Find(dpt.sub);
+    if (exact != nullptr)
     {
-        return exact->second;
+        return *exact;
     }
     if (dpt.sub == 0)
     {
-        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 152, "No Entry found for DPT = " << DptText{dpt});
-        return GetNoEntryRecord();
+        return NoEntryFor(dpt, 152);
     }
-    const auto wildcard = subEntries.find(0);
-    if (wildcard != subEntries.end())
+    // Sorted by sub number: the wildcard, when there is one, comes first.
+    const auto first = *subEntries.begin();
+    if (first.first == 0)
     {
-        return wildcard->second;
+        return first.second;
     }
-    TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 160,
-            "No Entry found for DPT = " << static_cast<unsigned int>(dpt.main) << ".x");
-    return GetNoEntryRecord();
+    return NoWildcardFor(dpt);
+}
+
+bool DptValueMap::Insert(std::uint16_t main, std::uint16_t sub, DptValueEntry* entry)
+{
+    const auto before = [](const Slot& slot, const Slot& other) {
+        return slot.main < other.main || (slot.main == other.main && slot.sub < other.sub);
+    };
+    const Slot inserted{main, sub, entry};
+    const auto position = std::lower_bound(slots_.begin(), slots_.end(), inserted, before);
+    if (position != slots_.end() && position->main == main && position->sub == sub)
+    {
+        return false;
+    }
+    const std::size_t index = static_cast<std::size_t>(position - slots_.begin());
+    slots_.insert(position, inserted);
+    // The slots of the higher main numbers moved up by one.
+    for (std::size_t higher = static_cast<std::size_t>(main) + 1u; higher < kIndexedMainCount; ++higher)
+    {
+        ++mainRanges_[higher].first;
+    }
+    if (main < kIndexedMainCount)
+    {
+        MainRange& range = mainRanges_[main];
+        if (range.count == 0)
+        {
+            range.first = static_cast<std::uint16_t>(index);
+        }
+        ++range.count;
+    }
+    return true;
+}
+
+void DptValueMap::Keep(const KNXDPT& dpt, DptValueEntry* stored)
+{
+    // Tables are mostly registered in order: then the new slot simply goes to the end (the
+    // reserved capacity makes push_back safe from throwing here).
+    if (dpt.main < kIndexedMainCount && slots_.size() < slots_.capacity() &&
+        (slots_.empty() || slots_.back().main < dpt.main ||
+         (slots_.back().main == dpt.main && slots_.back().sub < dpt.sub)))
+    {
+        MainRange& range = mainRanges_[dpt.main];
+        if (range.count == 0)
+        {
+            range.first = static_cast<std::uint16_t>(slots_.size());
+        }
+        ++range.count;
+        slots_.push_back(Slot{dpt.main, dpt.sub, stored});
+        return;
+    }
+    bool inserted = false;
+    try
+    {
+        inserted = Insert(dpt.main, dpt.sub, stored);
+    }
+    catch (...)
+    {
+        stored->~DptValueEntry();
+        throw;
+    }
+    if (!inserted)
+    {
+        // The first registration wins; repeating it is not an error.
+        stored->~DptValueEntry();
+    }
 }
 
 bool DptValueMap::AddEntry(const KNXDPT& dpt, const DptValueEntry& entry)
 {
-    return AddEntry(dpt, DptValueEntry(entry));
+    detail::ConverterStorage& storage = Storage();
+    void* place = storage.Allocate(sizeof(DptValueEntry), alignof(DptValueEntry));
+    DptValueEntry* stored = nullptr;
+    {
+        const detail::ConverterPlacement placement(storage);
+        stored = new (place) DptValueEntry(entry);
+    }
+    Keep(dpt, stored);
+    return true;
 }
 
 bool DptValueMap::AddEntry(const KNXDPT& dpt, DptValueEntry&& entry)
 {
-    auto mainEntry = entries_.find(dpt.main);
-    if (mainEntry == entries_.end())
-    {
-        bool inserted = false;
-        std::tie(mainEntry, inserted) = entries_.emplace(dpt.main, SubMap());
-        if (!inserted)
-        {
-            return false;
-        }
-        IndexMain(dpt.main, mainEntry->second);
-    }
-    // The first registration wins; repeating it is not an error.
-    mainEntry->second.try_emplace(dpt.sub, std::move(entry));
+    detail::ConverterStorage& storage = Storage();
+    void* place = storage.Allocate(sizeof(DptValueEntry), alignof(DptValueEntry));
+    DptValueEntry* stored = new (place) DptValueEntry(std::move(entry));
+    Keep(dpt, stored);
     return true;
+}
+
+bool DptValueMap::AddEntry(const KNXDPT& dpt, OkaValueType valueType, OkaDP::OkaValueSubType valueSubType,
+                           const KnxConverter& converter)
+{
+    detail::ConverterStorage& storage = Storage();
+    void* place = storage.Allocate(sizeof(DptValueEntry), alignof(DptValueEntry));
+    KnxConverter* clone = nullptr;
+    {
+        const detail::ConverterPlacement placement(storage);
+        clone = converter.Clone();
+    }
+    DptValueEntry* stored = new (place) DptValueEntry(dpt, valueType, valueSubType, clone);
+    Keep(dpt, stored);
+    return true;
+}
+
+void DptValueMap::Destroy()
+{
+    for (Slot& slot : slots_)
+    {
+        // Built here as exactly this class: no virtual dispatch needed.
+        slot.entry->DptValueEntry::~DptValueEntry();
+    }
+    slots_.clear();
 }
 
 void DptValueMap::Clear()
 {
-    for (auto& mainEntry : entries_)
+    // Without slots every main number is already without entries (a new map, or one cleared).
+    if (!slots_.empty())
     {
-        mainEntry.second.clear();
+        Destroy();
+        mainRanges_.fill(MainRange{0, 0});
     }
-    entries_.clear();
-    subMapByMain_.clear();
-}
-
-std::size_t DptValueMap::GetEntryCount() const
-{
-    std::size_t count = 0;
-    for (const auto& mainEntry : entries_)
-    {
-        count += mainEntry.second.size();
-    }
-    return count;
+    storage_.reset();
 }
 } // namespace Okaro

@@ -7,9 +7,11 @@
 #include <platform/KnxDpt.h>
 #include <platform/OkaValueType.h>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <map>
+#include <memory>
+#include <utility>
 #include <vector>
 
 namespace Okaro
@@ -41,14 +43,96 @@ private:
     KnxConverter* converter_;
 };
 
+namespace detail
+{
+class ConverterStorage;
+} // namespace detail
+
 class DptValueMap
 {
-public:
-    using SubMap = std::map<std::uint16_t, DptValueEntry>;   // sub number 0 = the ".x" wildcard
-    using MainMap = std::map<std::uint16_t, SubMap>;
+    struct Slot
+    {
+        std::uint16_t main;
+        std::uint16_t sub;
+        DptValueEntry* entry;
+    };
 
-    DptValueMap() = default;
-    virtual ~DptValueMap() = default;
+public:
+    // The entries of one main number, by ascending sub number (0 = the ".x" wildcard). Reads
+    // like a std::map<sub number, DptValueEntry>; valid until the map changes.
+    class SubEntries
+    {
+    public:
+        class const_iterator
+        {
+        public:
+            using value_type = std::pair<std::uint16_t, const DptValueEntry&>;
+            explicit const_iterator(const Slot* slot) : slot_(slot) {}
+            value_type operator*() const { return value_type(slot_->sub, *slot_->entry); }
+            const_iterator& operator++()
+            {
+                ++slot_;
+                return *this;
+            }
+            bool operator==(const const_iterator& other) const { return slot_ == other.slot_; }
+            bool operator!=(const const_iterator& other) const { return slot_ != other.slot_; }
+
+        private:
+            const Slot* slot_;
+        };
+
+        SubEntries(const Slot* first, const Slot* last) : first_(first), last_(last) {}
+        const_iterator begin() const { return const_iterator(first_); }
+        const_iterator end() const { return const_iterator(last_); }
+        std::size_t size() const { return static_cast<std::size_t>(last_ - first_); }
+        bool empty() const { return first_ == last_; }
+        std::size_t count(std::uint16_t sub) const { return Find(sub) != nullptr ? 1u : 0u; }
+        // Throws std::out_of_range without such an entry.
+        const DptValueEntry& at(std::uint16_t sub) const;
+        // Null without such an entry.
+        const DptValueEntry* Find(std::uint16_t sub) const;
+
+    private:
+        const Slot* first_;
+        const Slot* last_;
+    };
+
+    // Every entry by ascending main number. Reads like a std::map<main number, SubEntries>;
+    // valid until the map changes.
+    class Entries
+    {
+    public:
+        class const_iterator
+        {
+        public:
+            using value_type = std::pair<std::uint16_t, SubEntries>;
+            const_iterator(const Slot* slot, const Slot* last) : slot_(slot), last_(last) {}
+            value_type operator*() const;
+            const_iterator& operator++();
+            bool operator==(const const_iterator& other) const { return slot_ == other.slot_; }
+            bool operator!=(const const_iterator& other) const { return slot_ != other.slot_; }
+
+        private:
+            const Slot* slot_;
+            const Slot* last_;
+        };
+
+        explicit Entries(const DptValueMap& map) : map_(map) {}
+        const_iterator begin() const;
+        const_iterator end() const;
+        // Number of main numbers.
+        std::size_t size() const;
+        bool empty() const { return map_.slots_.empty(); }
+        std::size_t count(std::uint16_t main) const { return map_.FindMain(main).empty() ? 0u : 1u; }
+        // Throws std::out_of_range without entries for `main`.
+        SubEntries at(std::uint16_t main) const;
+
+    private:
+        const DptValueMap& map_;
+    };
+
+    DptValueMap();
+    virtual ~DptValueMap();
     DptValueMap(const DptValueMap& other);
     DptValueMap& operator=(const DptValueMap& other);
 
@@ -62,28 +146,45 @@ public:
     bool AddEntry(const KNXDPT& dpt, const DptValueEntry& entry);
     // The same, taking the entry's converter over instead of cloning it again.
     bool AddEntry(const KNXDPT& dpt, DptValueEntry&& entry);
+    // The same for an entry that owns a Clone of `converter`.
+    bool AddEntry(const KNXDPT& dpt, OkaValueType valueType, OkaDP::OkaValueSubType valueSubType,
+                  const KnxConverter& converter);
 
     // Removes every entry, deleting their converters.
     void Clear();
 
-    const MainMap& GetEntries() const { return entries_; }
-    std::size_t GetEntryCount() const;
+    Entries GetEntries() const { return Entries(*this); }
+    std::size_t GetEntryCount() const { return slots_.size(); }
 
     // The process-wide record returned for a DPT without entry: DPT {0, 0, 0}, value type
     // ivtEmpty, sub-type generic, a KnxConverterDefault. Created on first use, thread-safe.
     static const DptValueEntry& GetNoEntryRecord();
 
 private:
-    // Main numbers below this are found through a direct index; every converter call looks
-    // its DPT up, and the tree search was the largest part of a call.
+    // Where the entries of a main number below this start in slots_: every converter call
+    // looks its DPT up, so the main number is found without a search.
     static constexpr std::uint16_t kIndexedMainCount = 256;
+    struct MainRange
+    {
+        std::uint16_t first;
+        std::uint16_t count;
+    };
 
-    const SubMap* FindSubMap(std::uint16_t main) const;
-    void IndexMain(std::uint16_t main, const SubMap& subEntries);
-    void RebuildIndex();
+    SubEntries FindMain(std::uint16_t main) const;
+    detail::ConverterStorage& Storage();
+    // Places `entry` (built in the storage) at its sorted position; false when the DPT is
+    // already there.
+    bool Insert(std::uint16_t main, std::uint16_t sub, DptValueEntry* entry);
+    // Inserts `stored`, or destroys it when the DPT is already there (or inserting throws).
+    void Keep(const KNXDPT& dpt, DptValueEntry* stored);
+    // Destroys every entry (and so its converter); the index is left to the caller.
+    void Destroy();
 
-    MainMap entries_;
-    // Points into entries_ (map nodes do not move); rebuilt whenever entries_ is copied.
-    std::vector<const SubMap*> subMapByMain_;
+    // Sorted by main, then sub number; the entries and their converters (when cloned here)
+    // live in storage_, so filling the map takes a few allocations rather than one per node
+    // and converter.
+    std::vector<Slot> slots_;
+    std::array<MainRange, kIndexedMainCount> mainRanges_;
+    std::unique_ptr<detail::ConverterStorage> storage_;
 };
 } // namespace Okaro

@@ -110,4 +110,17 @@ DptValueRows GetStandardDptValueRows()
 {
     return DptValueRows{kStandardRows, sizeof(kStandardRows) / sizeof(kStandardRows[0])};
 }
+
+const std::vector<std::unique_ptr<KnxConverter>>& GetStandardConverters()
+{
+    static const std::vector<std::unique_ptr<KnxConverter>> converters = [] {
+        std::vector<std::unique_ptr<KnxConverter>> made;
+        for (const DptValueRow& row : GetStandardDptValueRows())
+        {
+            made.push_back(row.makeConverter());
+        }
+        return made;
+    }();
+    return converters;
+}
 } // namespace Okaro

@@ -164,7 +164,7 @@ void DscAsyncRequestMessenger::OnSetValue(Lumo::IDeviceStackClient&, const std::
 void DscAsyncRequestMessenger::UpdateDocketList(const std::string& requestId, const std::string& reply,
                                                 const Lumo::ResponseError& error)
 {
-    boost::lock_guard<boost::mutex> docketLock(docketMutex);
+    boost::unique_lock<boost::mutex> docketLock(docketMutex);
     const auto entry = dockets.find(requestId);
     if (entry == dockets.end())
     {
@@ -179,7 +179,9 @@ void DscAsyncRequestMessenger::UpdateDocketList(const std::string& requestId, co
     }
     Docket answer(reply, error.GetMessage(), error.GetCode() == 0, true);
     entry->second->swap(answer);
-    // Every waiter wakes and looks at its own docket.
+    // Every waiter wakes and looks at its own docket; after the unlock, so that it does not
+    // wake into the lock still held here.
+    docketLock.unlock();
     answerCondition.notify_all();
 }
 

@@ -23,7 +23,7 @@ bool KnxConverterDefault::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, K
         unsigned int length = 1;
         if (!OkaValueToByteArray(value, bytes, length))
         {
-            TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 466, "OkaValueToByteArray failed. DPT=" << dpt.main << "." << dpt.sub);
+            TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 466, "OkaValueToByteArray failed. DPT=" << dpt.main << "." << dpt.sub);
             return false;
         }
         out.SetAsUnsigned8(bytes[0]);
@@ -47,7 +47,7 @@ bool KnxConverterDefault::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, K
     unsigned int length = (byteSize == 0 || byteSize > kBufferSize - 1) ? kBufferSize : byteSize;
     if (!OkaValueToByteArray(value, bytes, length))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 490,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 490,
                 "OkaValueToByteArray failed. DPT=" << dpt.main << "." << dpt.sub << " data size =" << length);
         return false;
     }
@@ -75,7 +75,7 @@ bool KnxConverterDefault::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupV
         return true;
     }
     out.Reset(ivtEmpty);
-    TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 518,
+    TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 518,
             "ByteArrayToOkaValue failed. DPT=" << dpt.main << "." << dpt.sub << " data size =" << count);
     return false;
 }

@@ -12,6 +12,9 @@
 #include <platform/KnxDpt.h>
 #include <platform/OkaValue.h>
 
+#include <cstddef>
+#include <new>
+
 namespace Okaro
 {
 // ---------------------------------------------------------------------------------------
@@ -28,6 +31,20 @@ public:
     virtual bool FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupValue& in, OKAVALUE& out) const = 0;
     // A new heap object of the same class with a copy of the range, owned by the caller.
     virtual KnxConverter* Clone() const = 0;
+
+    // Converters come from the heap, or from the storage of the DPT value map that clones
+    // them (one block for a whole table); either way they are deleted through the virtual
+    // destructor. Placement new stays available.
+    static void* operator new(std::size_t size);
+    static void operator delete(void* object) noexcept;
+    static void* operator new(std::size_t, void* place) noexcept { return place; }
+    static void operator delete(void*, void*) noexcept {}
+    // An over-aligned converter class always comes from the heap.
+    static void* operator new(std::size_t size, std::align_val_t alignment) { return ::operator new(size, alignment); }
+    static void operator delete(void* object, std::align_val_t alignment) noexcept
+    {
+        ::operator delete(object, alignment);
+    }
 
 protected:
     KnxConverter() = default;

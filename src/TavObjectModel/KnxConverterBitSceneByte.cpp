@@ -105,7 +105,7 @@ bool KnxConverter4Bit::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, KnxS
     }
     if (value.numeric.byte >= 16)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 582,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 582,
                 "Value out of raw range [0..15]: " << static_cast<unsigned int>(value.numeric.byte));
         return false;
     }
@@ -136,7 +136,7 @@ bool KnxConverter8BitString::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value
     const char character = FirstCharacterAsLatin1(value.text.c_str());
     if (dpt.sub == 1 && static_cast<unsigned char>(character) >= 0x80)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 614,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 614,
                 "Value out of raw range [0..127] for DPT 4.001: " << static_cast<int>(static_cast<signed char>(character)));
         return false;
     }
@@ -154,7 +154,7 @@ bool KnxConverter8BitString::FromKnxValue(const KNXDPT& dpt, const KnxStack::Gro
     const unsigned int raw = in.GetAsUnsigned8();
     if (dpt.sub == 1 && (raw & 0x80) != 0)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 632, "Value out of raw range [0..127] for DPT 4.001: " << raw);
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 632, "Value out of raw range [0..127] for DPT 4.001: " << raw);
         return false;
     }
     out.type = ivtString;
@@ -186,7 +186,7 @@ bool KnxConverterByte8BitUnsigned::ToKnxValue(const KNXDPT& dpt, const OKAVALUE&
     // Refuses the bytes inside the range, the opposite of FromKnxValue; kept as deployed.
     if (range_.IsInRange(value.numeric.byte))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 664,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 664,
                 "Value out of raw range [0..254] for DPT 5.006: " << static_cast<unsigned int>(value.numeric.byte));
         return false;
     }
@@ -201,7 +201,7 @@ bool KnxConverterByte8BitUnsigned::FromKnxValue(const KNXDPT& dpt, const KnxStac
     const unsigned int raw = in.GetAsUnsigned8();
     if (!range_.IsInRange(raw))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 679,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 679,
                 "Value out of raw range " << range_ << " for DPT " << dpt.main << "." << dpt.sub << "; value was "
                                           << raw);
         return false;
@@ -249,7 +249,7 @@ bool KnxConverterStatus8Bit::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value
     const unsigned int mode = out.GetAsUnsigned3();
     if (!IsSingleModeBit(mode))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 727,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 727,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", f=" << RawCharacter(mode)
                                              << " is out of the allowed range.");
         return false;
@@ -267,7 +267,7 @@ bool KnxConverterStatus8Bit::FromKnxValue(const KNXDPT& dpt, const KnxStack::Gro
     const unsigned int mode = static_cast<unsigned int>(in.GetAsSigned8() & 7);
     if (!IsSingleModeBit(mode))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 745,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 745,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", f=" << RawCharacter(mode)
                                              << " is out of the allowed range.");
         return false;
@@ -289,7 +289,7 @@ bool KnxConverterSceneNumber::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& valu
     const std::int32_t scene = value.numeric.integer;
     if (!range_.IsInRange(scene))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1217, "Scene number is out of range (>63) for SceneNumber: " << scene);
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1217, "Scene number is out of range (>63) for SceneNumber: " << scene);
         return false;
     }
     out.SetAsUnsigned8(static_cast<unsigned char>(scene));
@@ -307,7 +307,7 @@ bool KnxConverterSceneNumber::FromKnxValue(const KNXDPT& dpt, const KnxStack::Gr
     out.numeric.integer = static_cast<std::int32_t>(raw);  // stored even when refused below
     if (!range_.IsInRange(raw))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1235, "Scene number is out of range (>63) for SceneNumber: " << raw);
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1235, "Scene number is out of range (>63) for SceneNumber: " << raw);
         return false;
     }
     out.type = ivtByte;
@@ -321,13 +321,13 @@ bool KnxConverterSceneControl::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& val
     TraceToKnx(dpt, value);
     if (dpt.main != 18 || dpt.sub != 1 || value.type != ivtByte)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1249, "Wrong DPT for Scene number (18.001) or oka value type (ivtByte).");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1249, "Wrong DPT for Scene number (18.001) or oka value type (ivtByte).");
         return false;
     }
     const unsigned int scene = value.numeric.byte & 0x7Fu;
     if (scene >= 64)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1255,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1255,
                 "Scene number is out of range (>63) for SceneControl: " << RawCharacter(scene));
         return false;
     }
@@ -340,13 +340,13 @@ bool KnxConverterSceneControl::FromKnxValue(const KNXDPT& dpt, const KnxStack::G
     TraceFromKnx(dpt, in);
     if (dpt.main != 18 || dpt.sub != 1)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1268, "Wrong DPT for Scene number, only 18.001 is valid.");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1268, "Wrong DPT for Scene number, only 18.001 is valid.");
         return false;
     }
     const unsigned char raw = in.GetAsUnsigned8();
     if ((raw & 0x40) != 0)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1274, "Reserved bit is used for scene number in DPT scene control!");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1274, "Reserved bit is used for scene number in DPT scene control!");
         return false;
     }
     out.numeric.byte = raw;  // the type is the caller's
@@ -360,12 +360,12 @@ bool KnxConverterSceneInfo::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value,
     TraceToKnx(dpt, value);
     if (dpt.main != 26 || dpt.sub != 1 || value.type != ivtByte)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1288, "Wrong DPT for Scene number (26.001) or oka value type (ivtByte).");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1288, "Wrong DPT for Scene number (26.001) or oka value type (ivtByte).");
         return false;
     }
     if ((value.numeric.byte & 0x80) != 0)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1293, "Reserved bit 8 is set for SceneInfo; skipped.");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1293, "Reserved bit 8 is set for SceneInfo; skipped.");
         return false;
     }
     out.SetAsUnsigned8(value.numeric.byte);
@@ -377,14 +377,14 @@ bool KnxConverterSceneInfo::FromKnxValue(const KNXDPT& dpt, const KnxStack::Grou
     TraceFromKnx(dpt, in);
     if (dpt.main != 26 || dpt.sub != 1)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1305, "Wrong DPT for Scene number, only 26.001 is valid.");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1305, "Wrong DPT for Scene number, only 26.001 is valid.");
         return false;
     }
     const unsigned char raw = in.GetAsUnsigned8();
     if ((raw & 0x80) != 0)
     {
         // The scene-control text, shared on purpose.
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1312, "Reserved bit is used for scene number in DPT scene control!");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1312, "Reserved bit is used for scene number in DPT scene control!");
         return false;
     }
     out.numeric.byte = raw;  // the type is the caller's

@@ -29,7 +29,7 @@ bool KnxConverterTimeOfDay::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value,
     const boost::optional<TavApp::TimeOfDay> timeOfDay = TavApp::TimeOfDay::FromOkaTime(time);
     if (!timeOfDay)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 870,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 870,
                 "Could not convert OKATIME "
                     << time.year << " " << static_cast<unsigned int>(time.month) << " "
                     << static_cast<unsigned int>(time.day) << " " << static_cast<unsigned int>(time.hour) << " "
@@ -55,7 +55,7 @@ bool KnxConverterTimeOfDay::FromKnxValue(const KNXDPT& dpt, const KnxStack::Grou
     constexpr std::uint8_t kReservedBits = 0xC0;
     if ((raw.GetUInt8Value(1) & kReservedBits) != 0 || (raw.GetUInt8Value(2) & kReservedBits) != 0)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 897, "No valid TimeOfDay datagram, reserved fields ar not zero!");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 897, "No valid TimeOfDay datagram, reserved fields ar not zero!");
         return false;
     }
     int hour = 0;
@@ -67,7 +67,7 @@ bool KnxConverterTimeOfDay::FromKnxValue(const KNXDPT& dpt, const KnxStack::Grou
         TavApp::TimeOfDay::Create(hour, minute, second, day);
     if (!timeOfDay)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 909, "No valid TimeOfDay (10.001)!");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 909, "No valid TimeOfDay (10.001)!");
         return false;
     }
     // A time of day on the placeholder date 2000-01-01, marked as such by kind 1.
@@ -98,7 +98,7 @@ bool KnxConverterDate::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, KnxS
     // The wire holds two digits of the year: 1990..2089.
     if (static_cast<std::uint16_t>(time.year - 1990) > 99)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 940,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 940,
                 "Cannot convert the date outside of the range [1990...2089]: year="
                     << time.year << ", month=" << RawCharacter(time.month) << ", day=" << RawCharacter(time.day));
         return false;
@@ -119,7 +119,7 @@ bool KnxConverterDate::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupValu
     constexpr std::uint32_t kReservedBits = 0xE0F080;
     if ((in.GetRawData().GetUInt24Value(0) & kReservedBits) != 0)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 961, "No valid Date datagram, reserved fields ar not zero!");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 961, "No valid Date datagram, reserved fields ar not zero!");
         return false;
     }
     int day = 0;
@@ -129,7 +129,7 @@ bool KnxConverterDate::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupValu
     if (!OKATIME::IsValidDate(static_cast<std::uint16_t>(year), static_cast<std::uint8_t>(month),
                               static_cast<std::uint8_t>(day)))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 971,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 971,
                 "Cannot convert invalid date: year=" << year << ", month=" << month << ", day=" << day);
         return false;
     }
@@ -147,7 +147,7 @@ bool KnxConverterDateTime::ToKnxValue(const KNXDPT& /*dpt*/, const OKAVALUE& val
     const OKATIME& time = value.numeric.time;
     if (time.year < 1900 || time.year > 2155)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 989,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 989,
                 "Cannot convert the date outside of the range [1990...2089]: year=" << time.year);
         return false;
     }
@@ -177,7 +177,7 @@ bool KnxConverterDateTime::FromKnxValue(const KNXDPT& /*dpt*/, const KnxStack::G
     const auto second = static_cast<std::uint8_t>(raw.GetUInt8Value(5) & 0x3F);
     if (!OKATIME::IsValidDate(year, month, day) || !OKATIME::IsValidTime(hour, minute, second))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1019,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1019,
                 "Cannot convert invalid date and time: year="
                     << year << ", month=" << static_cast<unsigned int>(month)
                     << ", day=" << static_cast<unsigned int>(day) << ", hour=" << static_cast<unsigned int>(hour)
@@ -229,7 +229,7 @@ bool KnxConverter14ByteString::FromKnxValue(const KNXDPT& dpt, const KnxStack::G
     }
     if (kept.size() != utf8.size())
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::INFO_LOG_LEVEL, LogFile::KnxConverter, 1197,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::INFO_LOG_LEVEL, LogFile::KnxConverter, 1197,
                 "Invalid characters for DPT " << dpt.main << "." << dpt.sub << " has been replaced with _.");
     }
     out.type = ivtString;

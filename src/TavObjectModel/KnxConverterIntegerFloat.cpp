@@ -2,6 +2,7 @@
 #include <TavObjectModel/KnxConverter.h>
 
 #include <TavObjectModel/detail/KnxConverterSupport.h>
+#include <platform/KnxFloat16.h>
 #include <platform/detail/FloatNarrowing.h>
 
 #include <cmath>
@@ -98,7 +99,7 @@ bool KnxConverterFloat16BitFloat::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& 
     const double x = value.numeric.real;
     if (!range_.IsInRange(x))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 827,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 827,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", f=" << x
                                              << " is out of the allowed range.");
         return false;
@@ -111,16 +112,18 @@ bool KnxConverterFloat16BitFloat::FromKnxValue(const KNXDPT& dpt, const KnxStack
                                                OKAVALUE& out) const
 {
     TraceFromKnx(dpt, in);
-    if (in.GetAsUnsigned16() == kFloat16InvalidRaw)
+    const std::uint16_t code = in.GetAsUnsigned16();
+    if (code == kFloat16InvalidRaw)
     {
         out.type = kInvalidValueType;
         return true;
     }
-    const double x = in.GetAsFloat16();
+    // GetAsFloat16 of the same two bytes, read once.
+    const double x = KnxStack::DecodeKnxFloat16(code);
     out.numeric.real = x;  // stored even when refused below; the type is the caller's
     if (!range_.IsInRange(x))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 849,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 849,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", f=" << x
                                              << " is out of the allowed range.");
         return false;
@@ -136,13 +139,13 @@ bool KnxConverterInteger32BitUnsigned::ToKnxValue(const KNXDPT& dpt, const OKAVA
     TraceToKnx(dpt, value);
     if (value.type != ivtDWord)
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1040, "Wrong oka value type (ivtDWord)!");
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1040, "Wrong oka value type (ivtDWord)!");
         return false;
     }
     const std::uint32_t dword = value.numeric.dword;
     if (!range_.IsInRange(dword))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1046,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1046,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", ivt=" << value.type
                                              << " is out of range: " << dword << "!");
         return false;
@@ -158,7 +161,7 @@ bool KnxConverterInteger32BitUnsigned::FromKnxValue(const KNXDPT& dpt, const Knx
     const std::uint32_t raw = in.GetAsUnsigned32();
     if (!range_.IsInRange(raw))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1062,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1062,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", ivt=" << out.type
                                              << " is out of range: " << raw << "!");
         return false;
@@ -181,7 +184,7 @@ bool KnxConverterInteger32BitSigned::ToKnxValue(const KNXDPT& dpt, const OKAVALU
     const std::int32_t v = value.numeric.integer;
     if (!range_.IsInRange(v))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1085,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1085,
                 "The internal value of DPT=" << dpt.main << "." << dpt.sub << ", ivt=" << value.type
                                              << " is out of range: " << v << "!");
         return false;
@@ -206,7 +209,7 @@ bool KnxConverterInteger32BitSigned::FromKnxValue(const KNXDPT& dpt, const KnxSt
     const std::int32_t raw = in.GetAsSigned32();
     if (!range_.IsInRange(raw))
     {
-        TAV_LOG_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1110,
+        TAV_LOG_COLD_AT(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 1110,
                 "The group value of DPT=" << dpt.main << "." << dpt.sub << " is out of range: " << raw << "!");
         return false;
     }

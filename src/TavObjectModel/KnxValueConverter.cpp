@@ -127,6 +127,28 @@ bool Contains(const std::vector<std::int32_t>& set, std::int32_t valueType)
 {
     return std::find(set.begin(), set.end(), valueType) != set.end();
 }
+
+// The entry's converter on `input` (the group value, or its copy at the DPT's own size);
+// `received` is what the failure line shows.
+bool ConvertFromKnx(const DptValueEntry& entry, const KNXDPT& dpt, const KnxStack::GroupValue& input,
+                    const KnxStack::GroupValue& received, OKAVALUE& value)
+{
+    const KnxConverter* converter = entry.GetConverter();
+    if (converter == nullptr)
+    {
+        TAV_LOG_COLD_FROM(GetGlobalDefaultLogger(), kError, "FromKnxValue", LogFile::KnxValueConverter, 316,
+                     "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
+        return false;
+    }
+    if (!converter->FromKnxValue(dpt, input, value))
+    {
+        TAV_LOG_COLD_FROM(GetGlobalDefaultLogger(), kError, "FromKnxValue", LogFile::KnxValueConverter, 321,
+                     "Convert from KNX value failed for DPT = " << DptText{dpt} << " GroupValue = "
+                                                                << received.GetRawData().ToString());
+        return false;
+    }
+    return true;
+}
 } // namespace
 
 // ---------------------------------------------------------------------------------------
@@ -143,19 +165,21 @@ bool KnxValueConverter::AddDptValueMapEntry(unsigned short mainNumber, unsigned 
                                             OkaDP::OkaValueSubType valueSubType, const KnxConverter& converter)
 {
     const KNXDPT dpt{bitSize, mainNumber, subNumber};
-    return dptValueMap_.AddEntry(dpt, DptValueEntry(dpt, valueType, valueSubType, converter.Clone()));
+    return dptValueMap_.AddEntry(dpt, valueType, valueSubType, converter);
 }
 
 void KnxValueConverter::FillDptValueMap()
 {
     dptValueMap_.Clear();
+    const std::vector<std::unique_ptr<KnxConverter>>& converters = GetStandardConverters();
+    std::size_t index = 0;
     for (const DptValueRow& row : GetStandardDptValueRows())
     {
-        const std::unique_ptr<KnxConverter> converter = row.makeConverter();
+        const KnxConverter& converter = *converters[index++];
         if (!AddDptValueMapEntry(row.mainNumber, row.subNumber, row.bitSize, row.valueType, row.valueSubType,
-                                 *converter))
+                                 converter))
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 234, "Add DPT value map entry failed. DPT=" << row.text);
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 234, "Add DPT value map entry failed. DPT=" << row.text);
         }
     }
 }
@@ -181,7 +205,7 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
             }
             if (dpt.main == 0)
             {
-                TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 260,
+                TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 260,
                         "Convert from KNX value failed. Missing DPT. GroupValue = "
                             << groupValue.GetRawData().ToString());
                 return false;
@@ -192,8 +216,8 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
         if (entry.GetValueType() == ivtEmpty)
         {
             // Unknown DPTs are passed through as valid rather than dropped.
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 271, "No Entry found for DPT = " << DptText{dpt});
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 272, "Assume validity and accept value!");
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 271, "No Entry found for DPT = " << DptText{dpt});
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 272, "Assume validity and accept value!");
             value.type = ivtEmpty;
             return true;
         }
@@ -202,56 +226,26 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
 
         const std::uint32_t expected = GetExpectedBitSize(dpt.main);
         const unsigned int actual = groupValue.GetDefinedSize();
-        bool sizeIsWrong = false;
-        const KnxStack::GroupValue* input = &groupValue;
-        KnxStack::GroupValue narrowed;
-        if (expected <= 6)
-        {
-            if (actual > 6)
-            {
-                sizeIsWrong = true;
-            }
-            else
-            {
-                // Short values arrive from the bus with size 6; the converter needs the
-                // DPT's own size. Copied only then: the copy allocates.
-                if (actual == 6)
-                {
-                    narrowed = KnxStack::GroupValue(groupValue.GetRawData(), expected);
-                    input = &narrowed;
-                }
-            }
-        }
-        else if (expected != kAnyBitSize && actual != expected)
-        {
-            sizeIsWrong = true;
-        }
+        const bool sizeIsWrong = expected <= 6 ? actual > 6 : expected != kAnyBitSize && actual != expected;
         if (sizeIsWrong)
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 307,
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 307,
                     "Failed to convert a GroupValue for DPT " << DptText{dpt} << " because of unexpected bit size: "
                                                               << actual << ", expected: " << expected);
             return false;
         }
-
-        const KnxConverter* converter = entry.GetConverter();
-        if (converter == nullptr)
+        if (expected <= 6 && actual == 6)
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 316, "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
-            return false;
+            // Short values arrive from the bus with size 6; the converter needs the DPT's own
+            // size. Copied only then: the copy allocates.
+            const KnxStack::GroupValue narrowed(groupValue.GetRawData(), expected);
+            return ConvertFromKnx(entry, dpt, narrowed, groupValue, value);
         }
-        if (!converter->FromKnxValue(dpt, *input, value))
-        {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 321,
-                    "Convert from KNX value failed for DPT = " << DptText{dpt} << " GroupValue = "
-                                                               << groupValue.GetRawData().ToString());
-            return false;
-        }
-        return true;
+        return ConvertFromKnx(entry, dpt, groupValue, groupValue, value);
     }
     catch (const KnxStack::GroupValueException& exception)
     {
-        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 330,
+        TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 330,
                 "Exception caught during conversion of GroupValue: " << exception.what() << "(DPT: " << DptText{dpt}
                                                                       << ", Value: " << value.ToString() << ")");
         return false;
@@ -270,7 +264,7 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
             }
             if (dpt.main == 0)
             {
-                TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 349,
+                TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 349,
                         "Convert to KNX value failed. Missing DPT. val = " << value.ToString());
                 return false;
             }
@@ -279,15 +273,15 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
         const DptValueEntry& entry = GetEntry(dpt);
         if (entry.GetValueType() == ivtEmpty)
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 358, "No Entry found for DPT = " << DptText{dpt});
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 359, "Assume validity and accept value!");
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 358, "No Entry found for DPT = " << DptText{dpt});
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 359, "Assume validity and accept value!");
             return true;
         }
 
         // A value of type 0 (invalid) goes to the converter unchecked.
         if (value.type != 0 && !AreValueTypesCompatible(value.type, entry.GetValueType()))
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 366,
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 366,
                     "Invalid value type found for DPT = " << DptText{dpt}
                                                           << " val.ivt=" << static_cast<std::int32_t>(value.type));
             return false;
@@ -296,12 +290,12 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
         const KnxConverter* converter = entry.GetConverter();
         if (converter == nullptr)
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 375, "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 375, "NULL pointer as KnxConverter for DPT = " << DptText{dpt});
             return false;
         }
         if (!converter->ToKnxValue(dpt, value, groupValue))
         {
-            TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 380,
+            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 380,
                     "Convert to KNX value failed for DPT = " << DptText{dpt} << " val = " << value.ToString());
             return false;
         }
@@ -309,7 +303,7 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
     }
     catch (const KnxStack::GroupValueException& exception)
     {
-        TAV_LOG_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 388,
+        TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 388,
                 "Exception caught during conversion of OKAVALUE to GroupValue: " << exception.what());
         return false;
     }

@@ -15,6 +15,8 @@ BinaryData::BinaryData(const unsigned char* bytes, unsigned int length)
 
 void BinaryData::Resize(unsigned int length) { bytes_.resize(length, 0); }
 
+void BinaryData::Assign(const unsigned char* bytes, unsigned int count) { bytes_.assign(bytes, bytes + count); }
+
 void BinaryData::Require(const char* accessor, unsigned int offset, unsigned int count) const
 {
     // 64-bit sum: an offset near the top of the range must not wrap around and pass.

@@ -18,6 +18,8 @@ public:
     unsigned int GetSize() const { return static_cast<unsigned int>(bytes_.size()); }
     const unsigned char* GetData() const { return bytes_.data(); }
     void Resize(unsigned int length);  // new bytes are zero
+    // Replaces the bytes with `count` bytes from `bytes`, keeping the buffer where it suffices.
+    void Assign(const unsigned char* bytes, unsigned int count);
 
     // Reads throw GroupValueException past the end; SetUInt8Value grows the buffer.
     std::uint8_t GetUInt8Value(unsigned int index) const;

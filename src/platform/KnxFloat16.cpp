@@ -35,8 +35,14 @@ std::uint16_t EncodeKnxFloat16(double value)
     const double hundredths = value * 100.0;
     for (int exponent = 0; exponent <= ExponentMax; ++exponent)
     {
+        const double scaled = hundredths * InversePowerOfTwo[exponent];
+        // Rounds outside 12 bits for sure: the rounding below would only refuse it.
+        if (std::fabs(scaled) >= MantissaMax + 1.5)
+        {
+            continue;
+        }
         // Rounding may carry into a 12th bit (2047.5 -> 2048): then the next exponent takes it.
-        const double mantissa = std::round(hundredths * InversePowerOfTwo[exponent]);
+        const double mantissa = std::round(scaled);
         if (mantissa >= MantissaMin && mantissa <= MantissaMax)
         {
             const std::uint16_t code = Pack(static_cast<int>(mantissa), exponent);

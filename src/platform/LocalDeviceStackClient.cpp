@@ -308,12 +308,19 @@ void LocalDeviceStackClient::Schedule(const AnswerPlan& plan, Delivery deliver)
         ++counters.answersScheduled;
     }
     const std::uint64_t last = nextSequence;
-    changed.notify_all();
+    scheduledAnswers.fetch_add(1, std::memory_order_release);
 
     // The requester may hold a lock the handler needs (the docket mutex) until after we
     // return, so we wait only for the answer to start, and only when the callback thread is
     // idle: then nothing but our own answer stands before it. Once anything starts we return.
-    if (plan.beforeReturn && idle && std::this_thread::get_id() != callbackThread.get_id())
+    if (!plan.beforeReturn || !idle || std::this_thread::get_id() == callbackThread.get_id())
+    {
+        // Woken after the lock is released: the callback thread does not wake into a held lock.
+        lock.unlock();
+        changed.notify_all();
+        return;
+    }
+    changed.notify_all();
     {
         const std::uint64_t startedBefore = startedCount;
         changed.wait(lock, [&] { return startedCount != startedBefore || stopping; });
@@ -324,6 +331,25 @@ void LocalDeviceStackClient::Schedule(const AnswerPlan& plan, Delivery deliver)
     }
 }
 
+bool LocalDeviceStackClient::AwaitNextRequest(std::unique_lock<std::mutex>& lock)
+{
+    // A blocking requester sends its next request right after its answer, and several
+    // requesters queue behind each other: looking again for a moment (giving the core away
+    // meanwhile) spares the callback thread a sleep and a wake-up per request.
+    constexpr std::chrono::microseconds kLookAgainFor(50);
+    const std::uint64_t seen = scheduledAnswers.load(std::memory_order_acquire);
+    lock.unlock();
+    const auto until = std::chrono::steady_clock::now() + kLookAgainFor;
+    bool scheduled = false;
+    while (!scheduled && std::chrono::steady_clock::now() < until)
+    {
+        std::this_thread::yield();
+        scheduled = scheduledAnswers.load(std::memory_order_acquire) != seen;
+    }
+    lock.lock();
+    return scheduled || !pending.empty() || stopping;
+}
+
 void LocalDeviceStackClient::Run()
 {
     std::unique_lock<std::mutex> lock(mutex);
@@ -331,7 +357,10 @@ void LocalDeviceStackClient::Run()
     {
         if (pending.empty())
         {
-            changed.wait(lock);
+            if (!AwaitNextRequest(lock))
+            {
+                changed.wait(lock);
+            }
             continue;
         }
         const auto due = pending.top().due;

@@ -5,6 +5,7 @@
 // tests can run the request front against every answer pattern of a real stack.
 #include <platform/DeviceStackClient.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -142,6 +143,9 @@ private:
     AnswerPlan PlanFor(const RequestInfo& info) const;
     void Schedule(const AnswerPlan& plan, Delivery deliver);
     void Run();
+    // With the lock held and nothing pending: true when an answer was scheduled (or the
+    // client stops) within a short moment, false when the callback thread should sleep.
+    bool AwaitNextRequest(std::unique_lock<std::mutex>& lock);
 
     mutable std::mutex mutex;
     mutable std::condition_variable changed;
@@ -163,6 +167,8 @@ private:
     std::string configuration;
     std::string valueFormat;
     bool internalValueFormat = false;
+    // Counts the answers scheduled; read without the lock by the callback thread.
+    std::atomic<std::uint64_t> scheduledAnswers{0};
     std::thread callbackThread;  // last: starts once everything above exists
 };
 } // namespace Lumo

@@ -33,19 +33,40 @@ constexpr const char* SourceBaseName(const char* path)
 // number of their own.
 //
 // TAV_LOG_AT(logger, log4cplus::ERROR_LOG_LEVEL, LogFile::KnxConverter, 909, "text " << value);
+#define TAV_LOG_BUILD_(logger, level, function, file, line, text)                                  \
+    std::ostringstream tavStream_;                                                                 \
+    tavStream_ << function << " - " << text;                                                       \
+    (logger).forcedLog(level, tavStream_.str(), (file), (line))
+
 #define TAV_LOG_FROM(logger, level, function, file, line, text)                                    \
     do                                                                                             \
     {                                                                                              \
         const log4cplus::Logger& tavLogger_ = (logger);                                            \
         if (tavLogger_.isEnabledFor(level))                                                        \
         {                                                                                          \
-            std::ostringstream tavStream_;                                                         \
-            tavStream_ << function << " - " << text;                                               \
-            tavLogger_.forcedLog(level, tavStream_.str(), (file), (line));                         \
+            TAV_LOG_BUILD_(tavLogger_, level, function, file, line, text);                         \
+        }                                                                                          \
+    } while (false)
+
+// The same event, with the line built in a function of its own that is called only after the
+// level test: the calling function keeps no stream in its frame. For paths that run per
+// telegram (the converters and their lookups). Not for texts that take a back-trace: the
+// extra frame would show in it.
+#define TAV_LOG_COLD_FROM(logger, level, function, file, line, text)                               \
+    do                                                                                             \
+    {                                                                                              \
+        const log4cplus::Logger& tavLogger_ = (logger);                                            \
+        if (tavLogger_.isEnabledFor(level))                                                        \
+        {                                                                                          \
+            const char* const tavFunction_ = (function);                                           \
+            [&]() __attribute__((noinline, cold)) {                                                \
+                TAV_LOG_BUILD_(tavLogger_, level, tavFunction_, file, line, text);                 \
+            }();                                                                                   \
         }                                                                                          \
     } while (false)
 
 #define TAV_LOG_AT(logger, level, file, line, text) TAV_LOG_FROM(logger, level, __func__, file, line, text)
+#define TAV_LOG_COLD_AT(logger, level, file, line, text) TAV_LOG_COLD_FROM(logger, level, __func__, file, line, text)
 
 // For events whose origin is simply where they are written (tests, scratch tools): the file's own
 // base name and line.

@@ -6,7 +6,9 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -304,4 +306,69 @@ TEST(DptValueMapNoEntryRecord, IsOneRecordSharedByAllMapsAndThreads)
     EXPECT_EQ(same.load(), 4);
     EXPECT_EQ(&first.GetEntry(KNXDPT{0, 1, 1}), expected);
     EXPECT_EQ(&second.GetEntry(KNXDPT{0, 1, 1}), expected);
+}
+
+TEST_F(DptValueMapWithEntries, EntriesAddedInAnyOrderAreListedAndFoundInOrder)
+{
+    // Before, between and after the existing main numbers, and above the directly indexed ones.
+    ASSERT_TRUE(Add(map, KNXDPT{8, 300, 2}, ivtByte, 3002));
+    ASSERT_TRUE(Add(map, KNXDPT{8, 5, 0}, ivtByte, 50));
+    ASSERT_TRUE(Add(map, KNXDPT{8, 20, 7}, ivtByte, 207));
+    ASSERT_TRUE(Add(map, KNXDPT{8, 300, 0}, ivtByte, 3000));
+    ASSERT_TRUE(Add(map, KNXDPT{8, 9, 5}, ivtByte, 95));
+    ASSERT_TRUE(Add(map, KNXDPT{8, 255, 1}, ivtByte, 2551));
+    std::vector<int> tags;
+    std::vector<std::uint16_t> mains;
+    for (const auto& mainEntry : map.GetEntries())
+    {
+        mains.push_back(mainEntry.first);
+        for (const auto& subEntry : mainEntry.second)
+        {
+            tags.push_back(TagOf(subEntry.second));
+            EXPECT_EQ(subEntry.first, subEntry.second.GetDpt().sub);
+        }
+    }
+    EXPECT_THAT(mains, ElementsAre(5, 9, 20, 40, 255, 300));
+    EXPECT_THAT(tags, ElementsAre(50, 90, 91, 95, 207, 403, 2551, 3000, 3002));
+    EXPECT_EQ(map.GetEntries().size(), 6u);
+    EXPECT_EQ(map.GetEntries().at(9).size(), 3u);
+    EXPECT_THROW(map.GetEntries().at(10), std::out_of_range);
+    EXPECT_THROW(map.GetEntries().at(9).at(4), std::out_of_range);
+    LogCapture capture;
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 5, 3})), 50);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{16, 9, 5})), 95);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{16, 9, 6})), 90);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 40, 3})), 403);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 255, 1})), 2551);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 300, 9})), 3000);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 300, 2})), 3002);
+    EXPECT_THAT(capture.Lines(), IsEmpty());
+    EXPECT_TRUE(IsNoEntryRecord(map.GetEntry(KNXDPT{8, 20, 1})));
+    EXPECT_TRUE(IsNoEntryRecord(map.GetEntry(KNXDPT{8, 299, 1})));
+    EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 20.x"),
+                                             Error("GetEntry - No Entry found for DPT = 299.1")));
+}
+
+TEST_F(DptValueMapWithEntries, EntriesStayWhereTheyAreWhenOthersAreAdded)
+{
+    const DptValueEntry& before = map.GetEntry(KNXDPT{8, 40, 3});
+    const KnxConverter* converter = before.GetConverter();
+    for (std::uint16_t main = 1; main < 40; ++main)
+    {
+        ASSERT_TRUE(Add(map, KNXDPT{8, main, 2}, ivtByte, main));
+    }
+    EXPECT_EQ(&map.GetEntry(KNXDPT{8, 40, 3}), &before);
+    EXPECT_EQ(before.GetConverter(), converter);
+    EXPECT_EQ(TagOf(before), 403);
+    EXPECT_EQ(map.GetEntryCount(), 42u);
+}
+
+TEST_F(DptValueMapWithEntries, CopyKeepsTheKeyAnEntryWasRegisteredUnder)
+{
+    // Registered under 60.2, though the entry itself names 8.50.1.
+    ASSERT_TRUE(map.AddEntry(KNXDPT{8, 60, 2}, MakeEntry(KNXDPT{8, 50, 1}, ivtByte, 602)));
+    const DptValueMap copy(map);
+    EXPECT_EQ(TagOf(copy.GetEntry(KNXDPT{8, 60, 2})), 602);
+    EXPECT_EQ(copy.GetEntry(KNXDPT{8, 60, 2}).GetDpt().main, 50);
+    EXPECT_EQ(copy.GetEntryCount(), 4u);
 }

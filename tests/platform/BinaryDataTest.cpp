@@ -103,3 +103,18 @@ TEST(BinaryData, EqualityComparesTheBytes)
     EXPECT_NE(MakeBinaryData({0x01, 0x02}), MakeBinaryData({0x01}));
     EXPECT_NE(MakeBinaryData({0x01, 0x02}), MakeBinaryData({0x01, 0x03}));
 }
+
+TEST(BinaryData, AssignReplacesTheBytesWhetherShorterOrLonger)
+{
+    BinaryData data;
+    const unsigned char three[] = {0x01, 0x02, 0x03};
+    const unsigned char one[] = {0xAB};
+    data.Assign(three, 3);
+    ASSERT_EQ(data.GetSize(), 3u);
+    EXPECT_EQ(data.GetUInt8Value(2), 0x03);
+    data.Assign(one, 1);
+    ASSERT_EQ(data.GetSize(), 1u);
+    EXPECT_EQ(data.GetUInt8Value(0), 0xAB);
+    data.Assign(three, 0);
+    EXPECT_EQ(data.GetSize(), 0u);
+}

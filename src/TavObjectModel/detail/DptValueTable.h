@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <vector>
 
 namespace Okaro
 {
@@ -31,4 +32,8 @@ struct DptValueRows
 };
 
 DptValueRows GetStandardDptValueRows();
+
+// One converter per standard row, in the same order, made on first use (thread-safe) and kept
+// for the process: each map clones these rather than making and dropping a temporary per row.
+const std::vector<std::unique_ptr<KnxConverter>>& GetStandardConverters();
 } // namespace Okaro

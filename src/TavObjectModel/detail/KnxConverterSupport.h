@@ -14,9 +14,12 @@ namespace Okaro
 {
 namespace detail
 {
+// The global default logger object, looked up once: every conversion tests its level, and
+// the level itself is read from the logger on every test.
 inline const log4cplus::Logger& ConverterLog()
 {
-    return GetGlobalDefaultLogger();
+    static const log4cplus::Logger& logger = GetGlobalDefaultLogger();
+    return logger;
 }
 
 constexpr OkaValueType kInvalidValueType = static_cast<OkaValueType>(0);
@@ -25,14 +28,14 @@ constexpr OkaValueType kInvalidValueType = static_cast<OkaValueType>(0);
 
 inline void TraceToKnx(const KNXDPT& dpt, const OKAVALUE& value)
 {
-    TAV_LOG_FROM(ConverterLog(), log4cplus::DEBUG_LOG_LEVEL, "ToKnxValue", LogFile::KnxConverter, 37,
+    TAV_LOG_COLD_FROM(ConverterLog(), log4cplus::DEBUG_LOG_LEVEL, "ToKnxValue", LogFile::KnxConverter, 37,
                "DPT is used. DPT = " << dpt.main << "." << dpt.sub << " ivt=" << value.type
                                      << " val=" << value.ToString());
 }
 
 inline void TraceFromKnx(const KNXDPT& dpt, const KnxStack::GroupValue& in)
 {
-    TAV_LOG_FROM(ConverterLog(), log4cplus::DEBUG_LOG_LEVEL, "FromKnxValue", LogFile::KnxConverter, 44,
+    TAV_LOG_COLD_FROM(ConverterLog(), log4cplus::DEBUG_LOG_LEVEL, "FromKnxValue", LogFile::KnxConverter, 44,
                "DPT is used. DPT = " << dpt.main << "." << dpt.sub << " grp.size=" << in.GetDefinedSize()
                                      << " grp.val=" << in.GetRawData().ToString());
 }
@@ -40,7 +43,7 @@ inline void TraceFromKnx(const KNXDPT& dpt, const KnxStack::GroupValue& in)
 // "Wrong oka value type (ivtByte) or DPT main number (5.x)!"
 inline bool RefuseValueTypeOrMain(const char* valueTypeName, const char* dptText)
 {
-    TAV_LOG_FROM(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, "ToKnxValue", LogFile::KnxConverter, 52,
+    TAV_LOG_COLD_FROM(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, "ToKnxValue", LogFile::KnxConverter, 52,
                "Wrong oka value type (" << valueTypeName << ") or DPT main number (" << dptText << ")!");
     return false;
 }
@@ -48,7 +51,7 @@ inline bool RefuseValueTypeOrMain(const char* valueTypeName, const char* dptText
 // "Wrong DPT main number (13.x) or oka value type (ivtInteger)!"
 inline bool RefuseMainOrValueType(const char* dptText, const char* valueTypeName)
 {
-    TAV_LOG_FROM(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, "ToKnxValue", LogFile::KnxConverter, 60,
+    TAV_LOG_COLD_FROM(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, "ToKnxValue", LogFile::KnxConverter, 60,
                "Wrong DPT main number (" << dptText << ") or oka value type (" << valueTypeName << ")!");
     return false;
 }
@@ -56,7 +59,7 @@ inline bool RefuseMainOrValueType(const char* dptText, const char* valueTypeName
 // "Wrong DPT main number (7.x)!"
 inline bool RefuseMain(const char* dptText)
 {
-    TAV_LOG_FROM(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, "FromKnxValue", LogFile::KnxConverter, 68,
+    TAV_LOG_COLD_FROM(ConverterLog(), log4cplus::ERROR_LOG_LEVEL, "FromKnxValue", LogFile::KnxConverter, 68,
                  "Wrong DPT main number (" << dptText << ")!");
     return false;
 }

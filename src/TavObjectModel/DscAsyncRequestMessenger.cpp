@@ -164,7 +164,7 @@ void DscAsyncRequestMessenger::OnSetValue(Lumo::IDeviceStackClient&, const std::
 void DscAsyncRequestMessenger::UpdateDocketList(const std::string& requestId, const std::string& reply,
                                                 const Lumo::ResponseError& error)
 {
-    boost::unique_lock<boost::mutex> docketLock(docketMutex);
+    boost::lock_guard<boost::mutex> docketLock(docketMutex);
     const auto entry = dockets.find(requestId);
     if (entry == dockets.end())
     {
@@ -179,9 +179,8 @@ void DscAsyncRequestMessenger::UpdateDocketList(const std::string& requestId, co
     }
     Docket answer(reply, error.GetMessage(), error.GetCode() == 0, true);
     entry->second->swap(answer);
-    // Every waiter wakes and looks at its own docket; after the unlock, so that it does not
-    // wake into the lock still held here.
-    docketLock.unlock();
+    // Every waiter wakes and looks at its own docket. Notified under the lock: a requester
+    // cannot return (and its owner destroy this messenger) before the notification is done.
     answerCondition.notify_all();
 }
 

@@ -8,6 +8,8 @@
 set -euo pipefail
 action="$1"
 state="$2"
+# shellcheck source=fixture-process.sh
+source "$(dirname "$0")/fixture-process.sh"
 
 start_broker() {
   local dir="$1"
@@ -55,18 +57,7 @@ CONF
 }
 
 stop_broker() {
-  local dir="$1"
-  if [ -s "$dir/pid" ]; then
-    local pid
-    pid="$(cat "$dir/pid")"
-    kill "$pid" 2>/dev/null || true
-    for _ in $(seq 1 100); do
-      kill -0 "$pid" 2>/dev/null || break
-      sleep 0.05
-    done
-    kill -9 "$pid" 2>/dev/null || true
-    rm -f "$dir/pid"
-  fi
+  stop_pid_file "$1"
 }
 
 case "$action" in

@@ -24,14 +24,13 @@ constexpr std::size_t kMaxAlignment = alignof(std::max_align_t);
 // The block header rounded up, so the usable bytes start at the strictest alignment.
 constexpr std::size_t kBlockHeader =
     (sizeof(void*) + sizeof(std::size_t) + kMaxAlignment - 1) / kMaxAlignment * kMaxAlignment;
-
-// Read by every converter allocation. The library is linked, not loaded late, so the static
-// TLS model applies: a plain load instead of a call to the TLS resolver.
-#if defined(__GNUC__)
-__attribute__((tls_model("initial-exec")))
-#endif
-thread_local ConverterStorage* currentStorage = nullptr;
 } // namespace
+
+#if defined(__GNUC__)
+__thread ConverterStorage* tCurrentStorage __attribute__((tls_model("initial-exec"))) = nullptr;
+#else
+thread_local ConverterStorage* tCurrentStorage = nullptr;
+#endif
 
 ConverterStorage::~ConverterStorage()
 {
@@ -58,34 +57,12 @@ void* ConverterStorage::AllocateInNewBlock(std::size_t size)
     cursor_ = start + size;
     return start;
 }
-
-ConverterPlacement::ConverterPlacement(ConverterStorage& storage) noexcept : previous_(currentStorage)
-{
-    currentStorage = &storage;
-}
-
-ConverterPlacement::~ConverterPlacement() { currentStorage = previous_; }
 } // namespace detail
 
 // ---------------------------------------------------------------------------------------
 // KnxConverter's allocation
 
-namespace
-{
-// Before each converter: where its memory came from (null: the heap). Its size keeps the
-// object at the strictest alignment.
-constexpr std::size_t kObjectHeader = alignof(std::max_align_t);
-static_assert(kObjectHeader >= sizeof(detail::ConverterStorage*), "the header holds a pointer");
-} // namespace
-
-void* KnxConverter::operator new(std::size_t size)
-{
-    detail::ConverterStorage* storage = detail::currentStorage;
-    void* raw = storage != nullptr ? storage->Allocate(kObjectHeader + size, kObjectHeader)
-                                   : ::operator new(kObjectHeader + size);
-    ::new (raw) detail::ConverterStorage*(storage);
-    return static_cast<unsigned char*>(raw) + kObjectHeader;
-}
+void* KnxConverter::operator new(std::size_t size) { return detail::AllocateConverter(size); }
 
 void KnxConverter::operator delete(void* object) noexcept
 {
@@ -93,7 +70,7 @@ void KnxConverter::operator delete(void* object) noexcept
     {
         return;
     }
-    void* raw = static_cast<unsigned char*>(object) - kObjectHeader;
+    void* raw = static_cast<unsigned char*>(object) - detail::kConverterHeader;
     // Storage memory goes back when the storage ends.
     if (*static_cast<detail::ConverterStorage* const*>(raw) == nullptr)
     {

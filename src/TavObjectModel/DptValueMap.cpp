@@ -91,7 +91,7 @@ const DptValueEntry& DptValueMap::GetNoEntryRecord()
     return record;
 }
 
-DptValueMap::DptValueMap() { mainRanges_.fill(MainRange{0, 0}); }
+DptValueMap::DptValueMap() : mainRanges_{} {}
 
 DptValueMap::~DptValueMap() { Destroy(); }
 
@@ -314,7 +314,7 @@ void DptValueMap::Keep(const KNXDPT& dpt, DptValueEntry* stored)
 bool DptValueMap::AddEntry(const KNXDPT& dpt, const DptValueEntry& entry)
 {
     detail::ConverterStorage& storage = Storage();
-    void* place = storage.Allocate(sizeof(DptValueEntry), alignof(DptValueEntry));
+    void* place = storage.Allocate(sizeof(DptValueEntry));
     DptValueEntry* stored = nullptr;
     {
         const detail::ConverterPlacement placement(storage);
@@ -327,7 +327,7 @@ bool DptValueMap::AddEntry(const KNXDPT& dpt, const DptValueEntry& entry)
 bool DptValueMap::AddEntry(const KNXDPT& dpt, DptValueEntry&& entry)
 {
     detail::ConverterStorage& storage = Storage();
-    void* place = storage.Allocate(sizeof(DptValueEntry), alignof(DptValueEntry));
+    void* place = storage.Allocate(sizeof(DptValueEntry));
     DptValueEntry* stored = new (place) DptValueEntry(std::move(entry));
     Keep(dpt, stored);
     return true;
@@ -337,7 +337,7 @@ bool DptValueMap::AddEntry(const KNXDPT& dpt, OkaValueType valueType, OkaDP::Oka
                            const KnxConverter& converter)
 {
     detail::ConverterStorage& storage = Storage();
-    void* place = storage.Allocate(sizeof(DptValueEntry), alignof(DptValueEntry));
+    void* place = storage.Allocate(sizeof(DptValueEntry));
     KnxConverter* clone = nullptr;
     {
         const detail::ConverterPlacement placement(storage);
@@ -346,6 +346,40 @@ bool DptValueMap::AddEntry(const KNXDPT& dpt, OkaValueType valueType, OkaDP::Oka
     DptValueEntry* stored = new (place) DptValueEntry(dpt, valueType, valueSubType, clone);
     Keep(dpt, stored);
     return true;
+}
+
+void DptValueMap::AddEntries(const Row* rows, std::size_t count)
+{
+    detail::ConverterStorage& storage = Storage();
+    if (slots_.capacity() - slots_.size() < count)
+    {
+        slots_.reserve(slots_.size() + count);
+    }
+    // One placement for the whole table, and the entries side by side.
+    const detail::ConverterPlacement placement(storage);
+    for (const Row* row = rows; row != rows + count; ++row)
+    {
+        void* place = storage.Allocate(sizeof(DptValueEntry));
+        KnxConverter* clone = row->converter != nullptr ? row->converter->Clone() : nullptr;
+        DptValueEntry* stored = new (place) DptValueEntry(row->dpt, row->valueType, row->valueSubType, clone);
+        const std::uint16_t main = row->dpt.main;
+        const std::uint16_t sub = row->dpt.sub;
+        if (main < kIndexedMainCount &&
+            (slots_.empty() || slots_.back().main < main || (slots_.back().main == main && slots_.back().sub < sub)))
+        {
+            MainRange& range = mainRanges_[main];
+            if (range.count == 0)
+            {
+                range.first = static_cast<std::uint16_t>(slots_.size());
+            }
+            ++range.count;
+            slots_.push_back(Slot{main, sub, stored});  // reserved above: does not throw
+        }
+        else
+        {
+            Keep(row->dpt, stored);
+        }
+    }
 }
 
 void DptValueMap::Destroy()

@@ -150,6 +150,18 @@ public:
     bool AddEntry(const KNXDPT& dpt, OkaValueType valueType, OkaDP::OkaValueSubType valueSubType,
                   const KnxConverter& converter);
 
+    // One row of a table registered at once.
+    struct Row
+    {
+        KNXDPT dpt;
+        OkaValueType valueType;
+        OkaDP::OkaValueSubType valueSubType;
+        const KnxConverter* converter;  // cloned; may be null
+    };
+    // AddEntry(row.dpt, row.valueType, row.valueSubType, *row.converter) for each row in
+    // turn, in one pass: what filling a whole table costs is mostly the clones themselves.
+    void AddEntries(const Row* rows, std::size_t count);
+
     // Removes every entry, deleting their converters.
     void Clear();
 

@@ -2,6 +2,8 @@
 // converter with its range. Nothing here logs.
 #include <TavObjectModel/detail/DptValueTable.h>
 
+#include <algorithm>
+
 namespace Okaro
 {
 namespace
@@ -111,7 +113,7 @@ DptValueRows GetStandardDptValueRows()
     return DptValueRows{kStandardRows, sizeof(kStandardRows) / sizeof(kStandardRows[0])};
 }
 
-const std::vector<std::unique_ptr<KnxConverter>>& GetStandardConverters()
+const std::vector<DptValueMap::Row>& GetStandardMapRows()
 {
     static const std::vector<std::unique_ptr<KnxConverter>> converters = [] {
         std::vector<std::unique_ptr<KnxConverter>> made;
@@ -121,6 +123,19 @@ const std::vector<std::unique_ptr<KnxConverter>>& GetStandardConverters()
         }
         return made;
     }();
-    return converters;
+    static const std::vector<DptValueMap::Row> rows = [] {
+        std::vector<DptValueMap::Row> sorted;
+        std::size_t index = 0;
+        for (const DptValueRow& row : GetStandardDptValueRows())
+        {
+            sorted.push_back(DptValueMap::Row{KNXDPT{row.bitSize, row.mainNumber, row.subNumber}, row.valueType,
+                                              row.valueSubType, converters[index++].get()});
+        }
+        std::stable_sort(sorted.begin(), sorted.end(), [](const DptValueMap::Row& a, const DptValueMap::Row& b) {
+            return a.dpt.main < b.dpt.main || (a.dpt.main == b.dpt.main && a.dpt.sub < b.dpt.sub);
+        });
+        return sorted;
+    }();
+    return rows;
 }
 } // namespace Okaro

@@ -171,17 +171,10 @@ bool KnxValueConverter::AddDptValueMapEntry(unsigned short mainNumber, unsigned 
 void KnxValueConverter::FillDptValueMap()
 {
     dptValueMap_.Clear();
-    const std::vector<std::unique_ptr<KnxConverter>>& converters = GetStandardConverters();
-    std::size_t index = 0;
-    for (const DptValueRow& row : GetStandardDptValueRows())
-    {
-        const KnxConverter& converter = *converters[index++];
-        if (!AddDptValueMapEntry(row.mainNumber, row.subNumber, row.bitSize, row.valueType, row.valueSubType,
-                                 converter))
-        {
-            TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 234, "Add DPT value map entry failed. DPT=" << row.text);
-        }
-    }
+    // Every row is stored: a map refuses nothing (a repeated DPT keeps its first entry), so
+    // the per-row failure line has nothing to report for this table.
+    const std::vector<DptValueMap::Row>& rows = GetStandardMapRows();
+    dptValueMap_.AddEntries(rows.data(), rows.size());
 }
 
 bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupValue& groupValue, OKAVALUE& value)

@@ -1,6 +1,7 @@
 #pragma once
 // The standard rows of the DPT value map, in registration order. Internal to the converter
 // front: KnxValueConverter::FillDptValueMap registers them.
+#include <TavObjectModel/DptValueMap.h>
 #include <TavObjectModel/KnxConverter.h>
 
 #include <platform/OkaValueType.h>
@@ -33,7 +34,9 @@ struct DptValueRows
 
 DptValueRows GetStandardDptValueRows();
 
-// One converter per standard row, in the same order, made on first use (thread-safe) and kept
-// for the process: each map clones these rather than making and dropping a temporary per row.
-const std::vector<std::unique_ptr<KnxConverter>>& GetStandardConverters();
+// The standard rows as the map registers them: each with a converter made once per process
+// (thread-safe, on first use) for every map to clone, sorted by main and sub number so that
+// each entry is appended. The order of registration shows only in failure messages, and
+// registering the standard table cannot fail.
+const std::vector<DptValueMap::Row>& GetStandardMapRows();
 } // namespace Okaro

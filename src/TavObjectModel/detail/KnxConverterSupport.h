@@ -7,8 +7,11 @@
 // several checks look inverted or lopsided. Other components and field logs match on exactly
 // these texts and behaviours, so they are kept as they are; docs/Converters.md lists them.
 #include <TavObjectModel/KnxConverter.h>
+#include <TavObjectModel/detail/ConverterStorage.h>
 #include <TavObjectModel/detail/LogFiles.h>
 #include <platform/Logging.h>
+
+#include <type_traits>
 
 namespace Okaro
 {
@@ -72,9 +75,26 @@ inline char RawCharacter(unsigned int byte)
 } // namespace detail
 } // namespace Okaro
 
+namespace Okaro
+{
+namespace detail
+{
+// A copy of `source` in the current placement's storage, or on the heap: what KnxConverter's
+// operator new gives, without the call, since a map clones a whole table at once. Deleted
+// like any other converter, through the virtual destructor and KnxConverter's operator delete.
+template <typename Converter>
+Converter* CloneConverter(const Converter& source)
+{
+    static_assert(alignof(Converter) <= kConverterHeader, "converters fit the storage's alignment");
+    static_assert(std::is_nothrow_copy_constructible<Converter>::value, "a copy cannot fail halfway");
+    return ::new (AllocateConverter(sizeof(Converter))) Converter(source);
+}
+} // namespace detail
+} // namespace Okaro
+
 // Every converter clones itself the same way.
-#define TAV_DEFINE_KNX_CONVERTER_CLONE(Name) \
-    Name* Name::Clone() const                \
-    {                                        \
-        return new Name(*this);              \
+#define TAV_DEFINE_KNX_CONVERTER_CLONE(Name)         \
+    Name* Name::Clone() const                        \
+    {                                                \
+        return detail::CloneConverter(*this);        \
     }

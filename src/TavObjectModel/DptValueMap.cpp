@@ -222,7 +222,7 @@ DptValueMap::SubEntries DptValueMap::Entries::at(std::uint16_t main) const
     return subEntries;
 }
 
-const DptValueEntry& DptValueMap::GetEntry(const KNXDPT& dpt) const
+const DptValueEntry& DptValueMap::GetEntryOtherwise(const KNXDPT& dpt) const
 {
     const SubEntries subEntries = FindMain(dpt.main);
     if (subEntries.empty())

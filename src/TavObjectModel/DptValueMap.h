@@ -139,7 +139,33 @@ public:
     // Exact sub number, else the main number's wildcard, else the no-entry record (value type
     // ivtEmpty). Logs at ERROR when it falls back to the record; never throws for unknown DPTs.
     // The DPT's bit size plays no part.
-    const DptValueEntry& GetEntry(const KNXDPT& dpt) const;
+    const DptValueEntry& GetEntry(const KNXDPT& dpt) const
+    {
+        // Every conversion looks its DPT up: a found entry costs an index read and a short
+        // scan here; the fall-backs with their messages are out of line.
+        if (dpt.main < kIndexedMainCount)
+        {
+            const MainRange range = mainRanges_[dpt.main];
+            if (range.count != 0)
+            {
+                const Slot* const first = slots_.data() + range.first;
+                const Slot* const last = first + range.count;
+                for (const Slot* slot = first; slot != last && slot->sub <= dpt.sub; ++slot)
+                {
+                    if (slot->sub == dpt.sub)
+                    {
+                        return *slot->entry;
+                    }
+                }
+                // Sorted by sub number: the wildcard, when there is one, comes first.
+                if (dpt.sub != 0 && first->sub == 0)
+                {
+                    return *first->entry;
+                }
+            }
+        }
+        return GetEntryOtherwise(dpt);
+    }
 
     // Stores a copy under (main, sub). The first registration of a DPT wins: a repeated one
     // leaves the stored entry alone and still reports success.
@@ -183,6 +209,9 @@ private:
     };
 
     SubEntries FindMain(std::uint16_t main) const;
+    // GetEntry for the DPTs its inline part does not find: main numbers beyond the index, and
+    // the fall-backs to the no-entry record.
+    const DptValueEntry& GetEntryOtherwise(const KNXDPT& dpt) const;
     detail::ConverterStorage& Storage();
     // Places `entry` (built in the storage) at its sorted position; false when the DPT is
     // already there.

@@ -100,12 +100,6 @@ void BasicIntegerRange<Bound>::CalculateScaleFactor()
 }
 
 template <typename Bound>
-bool BasicIntegerRange<Bound>::IsInRange(std::int64_t x) const
-{
-    return internalMinimum_ <= x && x <= internalMaximum_;
-}
-
-template <typename Bound>
 bool BasicIntegerRange<Bound>::Clamp(Bound& x) const
 {
     if (x < internalMinimum_)
@@ -193,11 +187,6 @@ void FloatRange::CalculateScaleFactor()
     }
 }
 
-bool FloatRange::IsInRange(double x) const
-{
-    return minimum_ <= x && x <= maximum_;
-}
-
 bool FloatRange::Clamp(double& x) const
 {
     if (x < minimum_)
@@ -274,11 +263,6 @@ void FloatIntegerRange::CalculateScaleFactor()
                     << doubleMinimum_ << ", " << doubleMaximum_ << "] or because invalid integer range ["
                     << integerMinimum_ << ", " << integerMaximum_ << "].");
     }
-}
-
-bool FloatIntegerRange::IsInRange(double x) const
-{
-    return doubleMinimum_ <= x && x <= doubleMaximum_;
 }
 
 bool FloatIntegerRange::Clamp(double& x) const

@@ -25,7 +25,7 @@ public:
     void CalculateScaleFactor();
 
     // Internal minimum <= x <= internal maximum.
-    bool IsInRange(std::int64_t x) const;
+    bool IsInRange(std::int64_t x) const { return internalMinimum_ <= x && x <= internalMaximum_; }
     // Leaves x and returns true when it is in range, else moves it to the nearer bound
     // and returns false.
     bool Clamp(Bound& x) const;
@@ -66,7 +66,7 @@ public:
     // Outer width / inner width, each width taken between the smaller and the larger bound.
     void CalculateScaleFactor();
 
-    bool IsInRange(double x) const;
+    bool IsInRange(double x) const { return minimum_ <= x && x <= maximum_; }
     bool Clamp(double& x) const;
     // (x - minimum) * scale + external minimum, not rounded.
     double MapInnerToOuter(double x) const;
@@ -103,7 +103,7 @@ public:
     // Integer width / double width, bounds not reordered.
     void CalculateScaleFactor();
 
-    bool IsInRange(double x) const;
+    bool IsInRange(double x) const { return doubleMinimum_ <= x && x <= doubleMaximum_; }
     bool Clamp(double& x) const;
     // (x - double minimum) * scale + integer minimum, rounded half away from zero.
     std::int32_t MapDoubleToInteger(double x) const;

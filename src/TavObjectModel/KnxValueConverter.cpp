@@ -128,9 +128,9 @@ bool Contains(const std::vector<std::int32_t>& set, std::int32_t valueType)
     return std::find(set.begin(), set.end(), valueType) != set.end();
 }
 
-// The entry's converter on `input` (the group value, or its copy at the DPT's own size);
+// The entry's converter on `input`. Inline: it is the end of every conversion from KNX. (the group value, or its copy at the DPT's own size);
 // `received` is what the failure line shows.
-bool ConvertFromKnx(const DptValueEntry& entry, const KNXDPT& dpt, const KnxStack::GroupValue& input,
+[[gnu::always_inline]] inline bool ConvertFromKnx(const DptValueEntry& entry, const KNXDPT& dpt, const KnxStack::GroupValue& input,
                     const KnxStack::GroupValue& received, OKAVALUE& value)
 {
     const KnxConverter* converter = entry.GetConverter();
@@ -157,8 +157,6 @@ bool ConvertFromKnx(const DptValueEntry& entry, const KNXDPT& dpt, const KnxStac
 KnxValueConverter::KnxValueConverter() { FillDptValueMap(); }
 
 bool KnxValueConverter::Init() { return true; }
-
-const DptValueEntry& KnxValueConverter::GetEntry(const KNXDPT& dpt) const { return dptValueMap_.GetEntry(dpt); }
 
 bool KnxValueConverter::AddDptValueMapEntry(unsigned short mainNumber, unsigned short subNumber,
                                             unsigned char bitSize, OkaValueType valueType,

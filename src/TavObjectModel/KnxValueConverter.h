@@ -32,7 +32,7 @@ public:
     // The map is already filled; kept because callers call it once after construction.
     bool Init();
 
-    const DptValueEntry& GetEntry(const KNXDPT& dpt) const;
+    const DptValueEntry& GetEntry(const KNXDPT& dpt) const { return dptValueMap_.GetEntry(dpt); }
     const DptValueMap& GetDptValueMap() const { return dptValueMap_; }
 
     // When dpt.main is 0 the chosen default DPT is written into the caller's object even

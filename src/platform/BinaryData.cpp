@@ -15,7 +15,7 @@ BinaryData::BinaryData(const unsigned char* bytes, unsigned int length)
 
 void BinaryData::Resize(unsigned int length) { bytes_.resize(length, 0); }
 
-void BinaryData::Assign(const unsigned char* bytes, unsigned int count) { bytes_.assign(bytes, bytes + count); }
+void BinaryData::AssignResized(const unsigned char* bytes, unsigned int count) { bytes_.assign(bytes, bytes + count); }
 
 void BinaryData::Require(const char* accessor, unsigned int offset, unsigned int count) const
 {

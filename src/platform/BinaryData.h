@@ -19,7 +19,21 @@ public:
     const unsigned char* GetData() const { return bytes_.data(); }
     void Resize(unsigned int length);  // new bytes are zero
     // Replaces the bytes with `count` bytes from `bytes`, keeping the buffer where it suffices.
-    void Assign(const unsigned char* bytes, unsigned int count);
+    // Inline for the same length, the case of a group value reused for sending: a setter's
+    // few bytes are then stored without a call.
+    void Assign(const unsigned char* bytes, unsigned int count)
+    {
+        if (count == bytes_.size())
+        {
+            unsigned char* data = bytes_.data();
+            for (unsigned int i = 0; i < count; ++i)
+            {
+                data[i] = bytes[i];
+            }
+            return;
+        }
+        AssignResized(bytes, count);
+    }
 
     // Reads throw GroupValueException past the end; SetUInt8Value grows the buffer.
     std::uint8_t GetUInt8Value(unsigned int index) const;
@@ -34,6 +48,7 @@ public:
     bool operator!=(const BinaryData& other) const { return bytes_ != other.bytes_; }
 
 private:
+    void AssignResized(const unsigned char* bytes, unsigned int count);
     void Require(const char* accessor, unsigned int offset, unsigned int count) const;
 
     std::vector<unsigned char> bytes_;

@@ -10,26 +10,6 @@ namespace KnxStack
 {
 namespace
 {
-// The getters read from the start of the raw data whatever the defined size says; only a
-// telegram shorter than the encoding is an error.
-// Out of line, so that the check itself stays a compare and a branch in every getter.
-[[noreturn]] [[gnu::noinline, gnu::cold]] void ThrowTooShort(const BinaryData& data, const char* accessor,
-                                                    unsigned int count)
-{
-    std::ostringstream text;
-    text << accessor << ": needs " << count << " bytes, has " << data.GetSize();
-    throw GroupValueException(text.str());
-}
-
-inline const unsigned char* RequireBytes(const BinaryData& data, const char* accessor, unsigned int count)
-{
-    if (data.GetSize() < count)
-    {
-        ThrowTooShort(data, accessor, count);
-    }
-    return data.GetData();
-}
-
 std::uint32_t ReadBigEndian(const unsigned char* bytes, unsigned int count)
 {
     std::uint32_t value = 0;
@@ -53,6 +33,14 @@ unsigned char LowBits(int value, unsigned int mask) { return static_cast<unsigne
 
 constexpr unsigned int String14Length = 14;
 } // namespace
+
+// Out of line, so that the check itself stays a compare and a branch in every getter.
+void GroupValue::ThrowTooShort(const char* accessor, unsigned int count) const
+{
+    std::ostringstream text;
+    text << accessor << ": needs " << count << " bytes, has " << rawData_.GetSize();
+    throw GroupValueException(text.str());
+}
 
 GroupValue::GroupValue(const BinaryData& rawData, unsigned int definedSize)
     : rawData_(rawData), definedSize_(definedSize)
@@ -157,55 +145,44 @@ void GroupValue::SetAsString14(const std::string& text)
     SetBytes(bytes, String14Length, 8 * String14Length);
 }
 
-bool GroupValue::GetAsBoolean() const { return (RequireBytes(rawData_, "GetAsBoolean", 1)[0] & 0x01u) != 0; }
+bool GroupValue::GetAsBoolean() const { return (RequireBytes("GetAsBoolean", 1)[0] & 0x01u) != 0; }
 
-unsigned char GroupValue::GetAsUnsigned2() const { return RequireBytes(rawData_, "GetAsUnsigned2", 1)[0] & 0x03u; }
+unsigned char GroupValue::GetAsUnsigned2() const { return RequireBytes("GetAsUnsigned2", 1)[0] & 0x03u; }
 
-unsigned char GroupValue::GetAsUnsigned3() const { return RequireBytes(rawData_, "GetAsUnsigned3", 1)[0] & 0x07u; }
+unsigned char GroupValue::GetAsUnsigned3() const { return RequireBytes("GetAsUnsigned3", 1)[0] & 0x07u; }
 
-unsigned char GroupValue::GetAsUnsigned4() const { return RequireBytes(rawData_, "GetAsUnsigned4", 1)[0] & 0x0Fu; }
+unsigned char GroupValue::GetAsUnsigned4() const { return RequireBytes("GetAsUnsigned4", 1)[0] & 0x0Fu; }
 
-unsigned char GroupValue::GetAsUnsigned8() const { return RequireBytes(rawData_, "GetAsUnsigned8", 1)[0]; }
+unsigned char GroupValue::GetAsUnsigned8() const { return RequireBytes("GetAsUnsigned8", 1)[0]; }
 
 signed char GroupValue::GetAsSigned8() const
 {
-    const unsigned char byte = RequireBytes(rawData_, "GetAsSigned8", 1)[0];
+    const unsigned char byte = RequireBytes("GetAsSigned8", 1)[0];
     return static_cast<signed char>(byte >= 0x80u ? byte - 0x100 : byte);
-}
-
-unsigned short GroupValue::GetAsUnsigned16() const
-{
-    return static_cast<unsigned short>(ReadBigEndian(RequireBytes(rawData_, "GetAsUnsigned16", 2), 2));
 }
 
 short GroupValue::GetAsSigned16() const
 {
-    const std::uint32_t bits = ReadBigEndian(RequireBytes(rawData_, "GetAsSigned16", 2), 2);
+    const std::uint32_t bits = ReadBigEndian(RequireBytes("GetAsSigned16", 2), 2);
     return static_cast<short>(bits >= 0x8000u ? static_cast<std::int32_t>(bits) - 0x10000 : static_cast<std::int32_t>(bits));
 }
 
 std::uint32_t GroupValue::GetAsUnsigned32() const
 {
-    return ReadBigEndian(RequireBytes(rawData_, "GetAsUnsigned32", 4), 4);
+    return ReadBigEndian(RequireBytes("GetAsUnsigned32", 4), 4);
 }
 
 std::int32_t GroupValue::GetAsSigned32() const
 {
-    const std::uint32_t bits = ReadBigEndian(RequireBytes(rawData_, "GetAsSigned32", 4), 4);
+    const std::uint32_t bits = ReadBigEndian(RequireBytes("GetAsSigned32", 4), 4);
     std::int32_t value = 0;
     std::memcpy(&value, &bits, sizeof value);  // two's complement without implementation-defined casts
     return value;
 }
 
-double GroupValue::GetAsFloat16() const
-{
-    const std::uint32_t code = ReadBigEndian(RequireBytes(rawData_, "GetAsFloat16", 2), 2);
-    return DecodeKnxFloat16(static_cast<std::uint16_t>(code));
-}
-
 float GroupValue::GetAsFloat32() const
 {
-    const std::uint32_t bits = ReadBigEndian(RequireBytes(rawData_, "GetAsFloat32", 4), 4);
+    const std::uint32_t bits = ReadBigEndian(RequireBytes("GetAsFloat32", 4), 4);
     float value = 0;
     std::memcpy(&value, &bits, sizeof value);
     return value;
@@ -213,7 +190,7 @@ float GroupValue::GetAsFloat32() const
 
 void GroupValue::GetAsDate(int* day, int* month, int* year) const
 {
-    const unsigned char* bytes = RequireBytes(rawData_, "GetAsDate", 3);
+    const unsigned char* bytes = RequireBytes("GetAsDate", 3);
     *day = bytes[0] & 0x1F;
     *month = bytes[1] & 0x0F;
     // The whole byte counts (100 reads as 2000), so a year byte beyond 99 stays visible.
@@ -222,7 +199,7 @@ void GroupValue::GetAsDate(int* day, int* month, int* year) const
 
 void GroupValue::GetAsTimeOfDay(int* hour, int* minute, int* second, DayOfWeek* day) const
 {
-    const unsigned char* bytes = RequireBytes(rawData_, "GetAsTimeOfDay", 3);
+    const unsigned char* bytes = RequireBytes("GetAsTimeOfDay", 3);
     *hour = bytes[0] & 0x1F;
     *minute = bytes[1] & 0x3F;
     *second = bytes[2] & 0x3F;
@@ -231,7 +208,7 @@ void GroupValue::GetAsTimeOfDay(int* hour, int* minute, int* second, DayOfWeek* 
 
 std::string GroupValue::GetAsString14() const
 {
-    const auto* bytes = reinterpret_cast<const char*>(RequireBytes(rawData_, "GetAsString14", String14Length));
+    const auto* bytes = reinterpret_cast<const char*>(RequireBytes("GetAsString14", String14Length));
     return std::string(bytes, std::find(bytes, bytes + String14Length, '\0'));
 }
 } // namespace KnxStack

@@ -3,6 +3,7 @@
 // encode and decode the KNX datapoint formats of each size.
 #include <platform/BinaryData.h>
 #include <platform/DayOfWeek.h>
+#include <platform/KnxFloat16.h>
 
 #include <cstdint>
 #include <stdexcept>
@@ -66,11 +67,19 @@ public:
     unsigned char GetAsUnsigned4() const;
     unsigned char GetAsUnsigned8() const;
     signed char GetAsSigned8() const;
-    unsigned short GetAsUnsigned16() const;
+    unsigned short GetAsUnsigned16() const
+    {
+        const unsigned char* bytes = RequireBytes("GetAsUnsigned16", 2);
+        return static_cast<unsigned short>((bytes[0] << 8) | bytes[1]);
+    }
     short GetAsSigned16() const;
     std::uint32_t GetAsUnsigned32() const;
     std::int32_t GetAsSigned32() const;
-    double GetAsFloat16() const;  // NaN for the invalid code 0x7FFF
+    double GetAsFloat16() const  // NaN for the invalid code 0x7FFF
+    {
+        const unsigned char* bytes = RequireBytes("GetAsFloat16", 2);
+        return DecodeKnxFloat16(static_cast<std::uint16_t>((bytes[0] << 8) | bytes[1]));
+    }
     float GetAsFloat32() const;
     // Bytes 0..2 only; year byte < 90 is 2000 + byte, else 1900 + byte.
     void GetAsDate(int* day, int* month, int* year) const;
@@ -84,6 +93,18 @@ public:
     bool operator!=(const GroupValue& other) const { return !(*this == other); }
 
 private:
+    // The first `count` bytes; throws GroupValueException, naming `accessor`, when there are
+    // fewer. Inline where the 2-octet getters use it: they are on every DPT 7, 8 and 9
+    // telegram's path.
+    const unsigned char* RequireBytes(const char* accessor, unsigned int count) const
+    {
+        if (rawData_.GetSize() < count)
+        {
+            ThrowTooShort(accessor, count);
+        }
+        return rawData_.GetData();
+    }
+    [[noreturn]] [[gnu::cold]] void ThrowTooShort(const char* accessor, unsigned int count) const;
     void SetBytes(const unsigned char* bytes, unsigned int count, unsigned int definedSize);
 
     BinaryData rawData_;

@@ -17,6 +17,23 @@ constexpr double InversePowerOfTwo[ExponentMax + 1] = {
     0.015625,     0.0078125,     0.00390625,    0.001953125,    0.0009765625,   0.00048828125,
     0.000244140625, 0.0001220703125, 0.00006103515625, 0.000030517578125};
 
+// std::round (half away from zero) for |x| below 2^31: the fraction x - trunc(x) of a double
+// is exact, so this rounds exactly as the library does, without its call.
+double RoundHalfAwayFromZero(double x)
+{
+    const double whole = static_cast<double>(static_cast<std::int32_t>(x));
+    const double fraction = x - whole;
+    if (fraction >= 0.5)
+    {
+        return whole + 1.0;
+    }
+    if (fraction <= -0.5)
+    {
+        return whole - 1.0;
+    }
+    return whole;
+}
+
 std::uint16_t Pack(int mantissa, int exponent)
 {
     const auto bits = static_cast<std::uint16_t>(mantissa) & 0x0FFFu;  // 12-bit two's complement
@@ -42,7 +59,7 @@ std::uint16_t EncodeKnxFloat16(double value)
             continue;
         }
         // Rounding may carry into a 12th bit (2047.5 -> 2048): then the next exponent takes it.
-        const double mantissa = std::round(scaled);
+        const double mantissa = RoundHalfAwayFromZero(scaled);
         if (mantissa >= MantissaMin && mantissa <= MantissaMax)
         {
             const std::uint16_t code = Pack(static_cast<int>(mantissa), exponent);
@@ -51,21 +68,5 @@ std::uint16_t EncodeKnxFloat16(double value)
         }
     }
     return value > 0 ? KnxFloat16Max : KnxFloat16Min;
-}
-
-double DecodeKnxFloat16(std::uint16_t code)
-{
-    if (code == KnxFloat16Invalid)
-    {
-        return std::numeric_limits<double>::quiet_NaN();
-    }
-    const int exponent = (code >> 11) & 0x0F;
-    int mantissa = code & 0x07FF;
-    if ((code & 0x8000u) != 0)
-    {
-        mantissa -= 2048;
-    }
-    // M * 2^E is an exact integer, so one division gives the double nearest to the value.
-    return static_cast<double>(mantissa * (1 << exponent)) / 100.0;
 }
 } // namespace KnxStack

@@ -372,3 +372,55 @@ TEST_F(DptValueMapWithEntries, CopyKeepsTheKeyAnEntryWasRegisteredUnder)
     EXPECT_EQ(copy.GetEntry(KNXDPT{8, 60, 2}).GetDpt().main, 50);
     EXPECT_EQ(copy.GetEntryCount(), 4u);
 }
+
+TEST_F(DptValueMapWithEntries, ATableAddedAtOnceIsStoredAsEntryByEntry)
+{
+    // In order, out of order, beyond the indexed main numbers, a repeat of an existing DPT and
+    // one of a row of the same table, and a row without converter.
+    const TaggedConverter c50(50), c95(95), c92(92), c3001(3001), repeat91(-91), repeat50(-50);
+    const int liveBefore = TaggedConverter::live;
+    const DptValueMap::Row rows[] = {
+        {KNXDPT{8, 5, 0}, ivtByte, OkaDP::istGeneric, &c50},
+        {KNXDPT{16, 9, 5}, ivtFloat, OkaDP::istPhysicalQuantity, &c95},
+        {KNXDPT{16, 9, 2}, ivtFloat, OkaDP::istGeneric, &c92},
+        {KNXDPT{16, 9, 1}, ivtWord, OkaDP::istGeneric, &repeat91},
+        {KNXDPT{8, 300, 1}, ivtByte, OkaDP::istGeneric, &c3001},
+        {KNXDPT{8, 5, 0}, ivtWord, OkaDP::istGeneric, &repeat50},
+        {KNXDPT{8, 7, 0}, ivtWord, OkaDP::istGeneric, nullptr},
+    };
+    map.AddEntries(rows, sizeof rows / sizeof rows[0]);
+
+    // One clone for each stored row; the repeats' clones are gone again.
+    EXPECT_EQ(TaggedConverter::live, liveBefore + 4);
+    EXPECT_EQ(map.GetEntryCount(), 3u + 5u);
+    std::vector<int> tags;
+    for (const auto& mainEntry : map.GetEntries())
+    {
+        for (const auto& subEntry : mainEntry.second)
+        {
+            tags.push_back(TagOf(subEntry.second));
+        }
+    }
+    EXPECT_THAT(tags, ElementsAre(50, -1, 90, 91, 92, 95, 403, 3001));
+    LogCapture capture;
+    const DptValueEntry& found = map.GetEntry(KNXDPT{0, 9, 5});
+    EXPECT_EQ(found.GetDpt().size, 16);
+    EXPECT_EQ(found.GetDpt().main, 9);
+    EXPECT_EQ(found.GetDpt().sub, 5);
+    EXPECT_EQ(found.GetValueType(), ivtFloat);
+    EXPECT_EQ(found.GetValueSubType(), OkaDP::istPhysicalQuantity);
+    EXPECT_NE(found.GetConverter(), &c95);
+    EXPECT_EQ(map.GetEntry(KNXDPT{16, 9, 1}).GetValueType(), ivtFloat);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 5, 1})), 50);
+    EXPECT_EQ(map.GetEntry(KNXDPT{8, 7, 3}).GetConverter(), nullptr);
+    EXPECT_TRUE(IsNoEntryRecord(map.GetEntry(KNXDPT{8, 300, 7})));
+    EXPECT_THAT(capture.Lines(), ElementsAre(Error("GetEntry - No Entry found for DPT = 300.x")));
+
+    // Entries added afterwards, one by one, still find their places.
+    ASSERT_TRUE(Add(map, KNXDPT{8, 6, 4}, ivtByte, 64));
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 6, 4})), 64);
+    EXPECT_EQ(TagOf(map.GetEntry(KNXDPT{8, 5, 9})), 50);
+    map.Clear();
+    // The fixture's three entries went with them.
+    EXPECT_EQ(TaggedConverter::live, liveBefore - 3);
+}

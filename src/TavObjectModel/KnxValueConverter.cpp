@@ -269,8 +269,10 @@ bool KnxValueConverter::ToKnxValue(const KNXDPT& dpt, const OKAVALUE& value, Knx
             return true;
         }
 
-        // A value of type 0 (invalid) goes to the converter unchecked.
-        if (value.type != 0 && !AreValueTypesCompatible(value.type, entry.GetValueType()))
+        // A value of type 0 (invalid) goes to the converter unchecked; the same type is
+        // compatible without a look at the groups.
+        if (value.type != 0 && value.type != entry.GetValueType() &&
+            !AreValueTypesCompatible(value.type, entry.GetValueType()))
         {
             TAV_LOG_COLD_AT(GetGlobalDefaultLogger(), kError, LogFile::KnxValueConverter, 366,
                     "Invalid value type found for DPT = " << DptText{dpt}

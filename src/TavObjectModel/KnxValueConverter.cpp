@@ -149,6 +149,15 @@ bool Contains(const std::vector<std::int32_t>& set, std::int32_t valueType)
     }
     return true;
 }
+// Short values arrive from the bus with size 6; the converter needs the DPT's own size. Copied
+// only then (the copy allocates), and out of line, so that the common path keeps a small frame.
+[[gnu::noinline]] bool ConvertNarrowedFromKnx(const DptValueEntry& entry, const KNXDPT& dpt,
+                                              const KnxStack::GroupValue& received, std::uint32_t bitSize,
+                                              OKAVALUE& value)
+{
+    const KnxStack::GroupValue narrowed(received.GetRawData(), bitSize);
+    return ConvertFromKnx(entry, dpt, narrowed, received, value);
+}
 } // namespace
 
 // ---------------------------------------------------------------------------------------
@@ -227,10 +236,7 @@ bool KnxValueConverter::FromKnxValue(const KNXDPT& dpt, const KnxStack::GroupVal
         }
         if (expected <= 6 && actual == 6)
         {
-            // Short values arrive from the bus with size 6; the converter needs the DPT's own
-            // size. Copied only then: the copy allocates.
-            const KnxStack::GroupValue narrowed(groupValue.GetRawData(), expected);
-            return ConvertFromKnx(entry, dpt, narrowed, groupValue, value);
+            return ConvertNarrowedFromKnx(entry, dpt, groupValue, expected, value);
         }
         return ConvertFromKnx(entry, dpt, groupValue, groupValue, value);
     }

@@ -6,6 +6,7 @@
 
 #include <boost/date_time/posix_time/posix_time_io.hpp>
 #include <boost/thread/lock_options.hpp>
+#include <boost/thread/thread_only.hpp>
 
 #include <algorithm>
 #include <ostream>
@@ -37,6 +38,9 @@ std::ostream& operator<<(std::ostream& out, const DeviceStackErrorHead& head)
 // A single condition wait never reaches further than this, so the time handed to the C
 // library stays small even with a 32-bit time_t; the wait loop simply waits again.
 const WaitClock::duration kLongestSingleWait = boost::chrono::hours(24);
+
+// How long a requester keeps looking at its docket before it sleeps on the condition.
+const WaitClock::duration kLookAgainFor = boost::chrono::microseconds(20);
 
 // The deadline of a wait, or none for "until answered": positive infinity, and finite
 // durations so long that the clock could not represent their end.
@@ -280,11 +284,43 @@ bool DscAsyncRequestMessenger::IsAnswered(const std::string& requestId) const
     return entry != dockets.end() && entry->second->IsAnswered();
 }
 
+void DscAsyncRequestMessenger::LookAgainBriefly(const std::string& requestId,
+                                                const boost::optional<WaitClock::time_point>& deadline,
+                                                boost::unique_lock<boost::mutex>& docketLock)
+{
+    // A device stack in the same process answers within a few microseconds, sooner than a
+    // sleep on the condition and the wake-up after it take. So for a moment the requester
+    // behaves as if it had a run of spurious wake-ups: it lets the docket lock go, gives its
+    // core away, takes the lock back and looks at its docket. Nothing can be missed: the
+    // answer is filed in the docket under this lock and the docket is read under it, and the
+    // wait on the condition that follows begins, as always, with a look at the docket.
+    WaitClock::time_point until = WaitClock::now() + kLookAgainFor;
+    if (deadline && *deadline < until)
+    {
+        until = *deadline;
+    }
+    while (!IsAnswered(requestId) && WaitClock::now() < until)
+    {
+        docketLock.unlock();
+        // The dispatcher may hold the lock while it fills the docket: yield again rather than
+        // sleep on the lock.
+        do
+        {
+            boost::this_thread::yield();
+        } while (!docketLock.try_lock() && WaitClock::now() < until);
+        if (!docketLock.owns_lock())
+        {
+            docketLock.lock();
+        }
+    }
+}
+
 bool DscAsyncRequestMessenger::WaitForAnswer(const std::string& requestId,
                                              const boost::posix_time::time_duration& effectiveTimeout,
                                              boost::unique_lock<boost::mutex>& docketLock)
 {
     const boost::optional<WaitClock::time_point> deadline = DeadlineAfter(effectiveTimeout);
+    LookAgainBriefly(requestId, deadline, docketLock);
     // Spurious wake-ups and answers for other requests only lead to a new check.
     while (!IsAnswered(requestId))
     {

@@ -78,6 +78,9 @@ private:
     boost::optional<Docket> WaitForDocket(const std::string& requestId,
                                           const boost::posix_time::time_duration& requestTimeout,
                                           boost::unique_lock<boost::mutex>& docketLock);
+    // Before the wait proper: a few looks at the docket with the lock released in between.
+    void LookAgainBriefly(const std::string& requestId, const boost::optional<WaitClock::time_point>& deadline,
+                          boost::unique_lock<boost::mutex>& docketLock);
     bool WaitForAnswer(const std::string& requestId, const boost::posix_time::time_duration& effectiveTimeout,
                        boost::unique_lock<boost::mutex>& docketLock);
     bool IsAnswered(const std::string& requestId) const;

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdint>
+#include <ctime>
 #include <functional>
 #include <future>
 #include <memory>
@@ -59,6 +61,14 @@ void ExpectErrorWithBacktrace(const TavTest::LogLine& line, const std::string& t
     {
         EXPECT_EQ(sourceLine, line.line);
     }
+}
+
+// The processor time this thread has used, in microseconds.
+std::int64_t ThreadCpuTimeUs()
+{
+    timespec now{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<std::int64_t>(now.tv_sec) * 1000000 + static_cast<std::int64_t>(now.tv_nsec / 1000);
 }
 
 const char* const kConcurrentText =
@@ -437,6 +447,99 @@ TEST_F(DscAsyncRequestMessenger, NegativeOrUndefinedTimeoutChecksOnce)
     EXPECT_FALSE(dsc->Request("r", boost::posix_time::neg_infin).IsAnswered());
     EXPECT_EQ(TavTest::Warn("WaitForAnswer - Timeout (-00:00:00.005000) occured for request ID '1'"),
               capture.Lines().at(0));
+}
+
+// An answer that comes while the requester first looks at its docket, before it sleeps.
+TEST_F(DscAsyncRequestMessenger, AnswerRightAfterSendingIsTaken)
+{
+    auto dsc = Make(milliseconds(2000), 0);
+    EXPECT_CALL(messenger, RequestAsync("r")).Times(200).WillRepeatedly([&](const std::string&) {
+        answerers.emplace_back([&] { dsc->OnResponse(sender, "1", "soon", Lumo::ResponseError()); });
+        return "1";
+    });
+    TavTest::LogCapture capture;
+    for (int i = 0; i < 200; ++i)
+    {
+        const Okaro::Docket docket = dsc->Request("r", time_duration());
+        EXPECT_TRUE(docket.IsAnswered());
+        EXPECT_EQ("soon", docket.ReadReply());
+        answerers.back().join();
+        answerers.pop_back();
+    }
+    EXPECT_THAT(capture.Lines(), IsEmpty());
+}
+
+// An answer well after the first looks reaches the requester through the condition.
+TEST_F(DscAsyncRequestMessenger, SlowAnswerWakesTheSleepingRequester)
+{
+    auto dsc = Make(milliseconds(2000), 0);
+    EXPECT_CALL(messenger, RequestAsync("r")).WillOnce([&](const std::string&) {
+        answerers.emplace_back([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(30));
+            dsc->OnResponse(sender, "1", "late but in time", Lumo::ResponseError());
+        });
+        return "1";
+    });
+    TavTest::LogCapture capture;
+    const auto start = std::chrono::steady_clock::now();
+    const Okaro::Docket docket = dsc->Request("r", time_duration());
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
+    EXPECT_TRUE(docket.IsAnswered());
+    EXPECT_EQ("late but in time", docket.ReadReply());
+    EXPECT_THAT(capture.Lines(), IsEmpty());
+}
+
+// The requester looks at its docket only for a moment, then sleeps: waiting for a slow answer
+// costs it next to no processor time.
+TEST_F(DscAsyncRequestMessenger, WaitingForASlowAnswerSleeps)
+{
+    auto dsc = Make(milliseconds(2000), 0);
+    EXPECT_CALL(messenger, RequestAsync("r")).WillOnce([&](const std::string&) {
+        answerers.emplace_back([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            dsc->OnResponse(sender, "1", "x", Lumo::ResponseError());
+        });
+        return "1";
+    });
+    const std::int64_t cpuBefore = ThreadCpuTimeUs();
+    EXPECT_EQ("x", dsc->Request("r", time_duration()).ReadReply());
+    EXPECT_LT(ThreadCpuTimeUs() - cpuBefore, 50000);
+}
+
+// A time-out shorter than the first looks still ends the wait at its deadline, with its line.
+TEST_F(DscAsyncRequestMessenger, TimeoutShorterThanTheFirstLooksIsKept)
+{
+    auto dsc = Make(boost::posix_time::microseconds(5), 1);
+    EXPECT_CALL(messenger, RequestAsync("r")).WillOnce(Return("1")).WillOnce(Return("2"));
+    TavTest::LogCapture capture;
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_FALSE(dsc->Request("r", time_duration()).IsAnswered());
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::microseconds(10));
+    EXPECT_THAT(capture.Lines(),
+                ElementsAre(TavTest::Warn("WaitForAnswer - Timeout (00:00:00.000005) occured for request ID '1'"),
+                            TavTest::Warn("WaitForAnswer - Timeout (00:00:00.000005) occured for request ID '2'"),
+                            TavTest::Warn("SynchronizeRequest - Maximum number of retries (1) reached.")));
+}
+
+// The dispatcher notifies under the docket lock, and the requester reads its docket under it:
+// a requester that returns may destroy the messenger at once, even while the answer came during
+// its first looks (the sanitizer builds report any use after the end).
+TEST_F(DscAsyncRequestMessenger, MessengerMayGoRightAfterTheAnswer)
+{
+    for (int i = 0; i < 200; ++i)
+    {
+        auto dsc = Make(milliseconds(2000), 0);
+        Okaro::DscAsyncRequestMessenger* const raw = dsc.get();
+        std::thread answerer;
+        EXPECT_CALL(messenger, RequestAsync("r")).WillOnce([&](const std::string&) {
+            answerer = std::thread([&, raw] { raw->OnResponse(sender, "1", "bye", Lumo::ResponseError()); });
+            return "1";
+        });
+        EXPECT_EQ("bye", dsc->Request("r", time_duration()).ReadReply());
+        dsc.reset();
+        answerer.join();
+        ::testing::Mock::VerifyAndClearExpectations(&messenger);
+    }
 }
 
 TEST_F(DscAsyncRequestMessenger, ConcurrentRequestWaitsForTheFirstAndLogsAtDebug)

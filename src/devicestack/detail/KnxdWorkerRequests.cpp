@@ -17,6 +17,15 @@ using detail::StackError;
 using detail::ObjectLine;
 using detail::ObjectName;
 
+namespace
+{
+// Set and get answer an id without object alike.
+ResponseError UnknownId(unsigned long id)
+{
+    return StackError(KnxdDeviceStackClient::kUnknownId, "unknown id", "no object has id " + std::to_string(id));
+}
+} // namespace
+
 void KnxdDeviceStackClient::Worker::Handle(const Job& job)
 {
     switch (job.kind)
@@ -45,8 +54,7 @@ void KnxdDeviceStackClient::Worker::HandleSetValue(const Job& job)
     const DeviceObject* object = client_.FindObject(job.id);
     if (object == nullptr)
     {
-        AnswerValue(Job::SetValue, job.requestId, job.id, "", "",
-                    StackError(kUnknownId, "unknown id", "no object has id " + std::to_string(job.id)));
+        AnswerValue(Job::SetValue, job.requestId, job.id, "", "", UnknownId(job.id));
         return;
     }
     OKAVALUE value;
@@ -89,8 +97,7 @@ void KnxdDeviceStackClient::Worker::HandleGetValue(const Job& job)
     const DeviceObject* object = client_.FindObject(job.id);
     if (object == nullptr)
     {
-        AnswerValue(Job::GetValue, job.requestId, job.id, "", "",
-                    StackError(kUnknownId, "unknown id", "no object has id " + std::to_string(job.id)));
+        AnswerValue(Job::GetValue, job.requestId, job.id, "", "", UnknownId(job.id));
         return;
     }
     OKAVALUE value;

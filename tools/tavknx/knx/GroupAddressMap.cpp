@@ -4,7 +4,9 @@
 #include "knx/KnxAddress.h"
 #include "knx/TextError.h"
 
+#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/predicate.hpp>
+#include <boost/algorithm/string/trim.hpp>
 #include <boost/optional.hpp>
 
 #include <fcntl.h>
@@ -32,12 +34,7 @@ const char kByteOrderMark[] = "\xEF\xBB\xBF";
 
 std::string Trim(const std::string& text)
 {
-    const std::string::size_type first = text.find_first_not_of(kBlanks);
-    if (first == std::string::npos)
-    {
-        return std::string();
-    }
-    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
+    return boost::algorithm::trim_copy_if(text, boost::algorithm::is_any_of(kBlanks));
 }
 
 // Blank, or a '#' comment: no entry, in either format.

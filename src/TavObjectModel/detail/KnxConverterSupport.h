@@ -72,13 +72,7 @@ inline char RawCharacter(unsigned int byte)
 {
     return static_cast<char>(static_cast<unsigned char>(byte));
 }
-} // namespace detail
-} // namespace Okaro
 
-namespace Okaro
-{
-namespace detail
-{
 // A copy of `source` in the current placement's storage, or on the heap: what KnxConverter's
 // operator new gives, without the call, since a map clones a whole table at once. Deleted
 // like any other converter, through the virtual destructor and KnxConverter's operator delete.

@@ -5,9 +5,6 @@
 #include <knx/NumberText.h>
 #include <knx/TextError.h>
 
-#include <boost/algorithm/string/classification.hpp>
-#include <boost/algorithm/string/trim.hpp>
-
 #include <fstream>
 #include <set>
 #include <stdexcept>
@@ -22,10 +19,16 @@ constexpr std::size_t kMaxFileBytes = 16u * 1024u * 1024u;
 constexpr std::size_t kMaxListedProblems = 100;
 // KNX allows a few group addresses per object; more on one line is a mistake.
 constexpr std::size_t kMaxGroupAddresses = 255;
-// A file written on Windows keeps its carriage returns: they count as blanks.
+const char kBlanks[] = " \t\r";
+
 std::string Trim(const std::string& text)
 {
-    return boost::algorithm::trim_copy_if(text, boost::algorithm::is_any_of(" \t\r"));
+    const std::string::size_type first = text.find_first_not_of(kBlanks);
+    if (first == std::string::npos)
+    {
+        return std::string();
+    }
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 // At most `keep` fields; the last one keeps the rest of the text, separators included.

@@ -4,9 +4,7 @@
 #include "knx/KnxAddress.h"
 #include "knx/TextError.h"
 
-#include <boost/algorithm/string/classification.hpp>
 #include <boost/algorithm/string/predicate.hpp>
-#include <boost/algorithm/string/trim.hpp>
 #include <boost/optional.hpp>
 
 #include <fcntl.h>
@@ -34,7 +32,12 @@ const char kByteOrderMark[] = "\xEF\xBB\xBF";
 
 std::string Trim(const std::string& text)
 {
-    return boost::algorithm::trim_copy_if(text, boost::algorithm::is_any_of(kBlanks));
+    const std::string::size_type first = text.find_first_not_of(kBlanks);
+    if (first == std::string::npos)
+    {
+        return std::string();
+    }
+    return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 // Blank, or a '#' comment: no entry, in either format.
